@@ -1,0 +1,155 @@
+#include "Framework/Exception.h"
+
+#include "Framework/OsException.h"
+
+#include <windows.h>
+#include <cstdio>
+#include <cwchar>
+#include <cstdlib>
+#include <exception>
+
+namespace Framework {
+
+namespace {
+
+// The thread-local cell through which a new exception finds its cause. Made when
+// the library is loaded, released when it is unloaded.
+class CurrentExceptionCell
+{
+public:
+    CurrentExceptionCell() : index(TlsAlloc())
+    {
+        if (index == TLS_OUT_OF_INDEXES)
+            throw new OsException(SITE, OsError(true), 0, String(), String());
+    }
+    ~CurrentExceptionCell() { TlsFree(index); }
+
+    Exception* get() const { return static_cast<Exception*>(TlsGetValue(index)); }
+    void set(Exception* exception)
+    {
+        if (!TlsSetValue(index, exception))
+            throw new OsException(SITE, OsError(true), 0, String(), String());
+    }
+
+private:
+    DWORD index;
+};
+
+CurrentExceptionCell currentCell;
+
+void writeBoth(const char* text)
+{
+    std::fputs(text, stderr);
+    std::fputs(text, stdout);
+}
+
+void defaultUnrecoverable(Exception* previous, Exception*)
+{
+    writeBoth("Unrecoverable uncaught error\n");
+    if (previous) {
+        const String text = previous->description(true);
+        std::fputws(text.c_str(), stderr);
+        std::fputws(text.c_str(), stdout);
+    }
+    std::fflush(stderr);
+    std::fflush(stdout);
+    std::exit(1);
+}
+
+UnrecoverableHandler unrecoverableHandler = defaultUnrecoverable;
+
+fw_string narrow(const String& text)
+{
+    return toFwString(text);
+}
+
+}  // namespace
+
+Exception* currentException()
+{
+    return currentCell.get();
+}
+
+UnrecoverableHandler setUnrecoverableHandler(UnrecoverableHandler handler)
+{
+    UnrecoverableHandler previous = unrecoverableHandler;
+    unrecoverableHandler = handler ? handler : defaultUnrecoverable;
+    return previous;
+}
+
+Exception::Exception(const ThrowSite& site)
+    : fw_exception(fw_string(), fw_string()),
+      siteTag(site.tag),
+      siteLine(site.line),
+      stackDump(nullptr),
+      cause(currentCell.get())
+{
+    if (std::uncaught_exceptions() > 0) {
+        // Built while the stack unwinds: there is no nesting of throws in flight.
+        cause = nullptr;
+        unrecoverableHandler(currentCell.get(), this);
+        return;
+    }
+    currentCell.set(this);
+}
+
+Exception::~Exception()
+{
+    if (cause && cause != this) {
+        delete cause;
+        cause = nullptr;
+    }
+    delete stackDump;
+    if (currentCell.get() == this)
+        currentCell.set(nullptr);
+}
+
+fw_string Exception::message() const
+{
+    return narrow(siteText());
+}
+
+const char* Exception::title() const
+{
+    return "Exception";
+}
+
+fw_string Exception::details() const
+{
+    return narrow(description(true));
+}
+
+String Exception::emptyText() const
+{
+    return String();
+}
+
+String Exception::siteText() const
+{
+    return String(siteTag) + Detail::upperHex(siteLine);
+}
+
+String Exception::description(bool includeCause) const
+{
+    String text = siteText() + L'\n';
+    if (stackDump)
+        text += *stackDump;
+    if (includeCause && cause)
+        text += String(L"\nCause:\n") + cause->description(includeCause);
+    return text;
+}
+
+void Exception::finish() {}
+
+String Detail::upperHex(uint64_t value)
+{
+    wchar_t digits[17];
+    uint32_t n = 17;
+    do {
+        digits[--n] = L"0123456789ABCDEF"[value & 15];
+        value >>= 4;
+    } while (value);
+    return String(digits + n, 17 - n);
+}
+
+}  // namespace Framework

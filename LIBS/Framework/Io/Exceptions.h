@@ -1,0 +1,81 @@
+// The exceptions of the file layer. Each is found by the handlers of both of its
+// parents: an Io::OsException by one for Framework::OsException and by one for
+// Io::ErrorException. Those with a path put a line ahead of the base text:
+//   PathNotFoundException(SITE, "C:\\x") -> "Path not found: C:\\x\n" + base
+#pragma once
+#include "Framework/OsException.h"
+
+namespace Framework { namespace Io {
+
+// Root of the file family.
+class ErrorException : public virtual Framework::ErrorException
+{
+public:
+    explicit ErrorException(const ThrowSite& site) : Framework::ErrorException(site) {}
+};
+
+// A failed file call; the file layer passes all ones as the code.
+class OsException : public Framework::OsException, public Io::ErrorException
+{
+public:
+    OsException(const ThrowSite& site, const OsError& osError, uint64_t code, const String& operation,
+                const String& failureText)
+        : Framework::ErrorException(site),
+          Framework::OsException(site, osError, code, operation, failureText),
+          Io::ErrorException(site)
+    {
+    }
+};
+
+class EndOfStreamException : public Io::ErrorException
+{
+public:
+    explicit EndOfStreamException(const ThrowSite& site) : Framework::ErrorException(site), Io::ErrorException(site) {}
+};
+
+class StreamClosedException : public Io::ErrorException
+{
+public:
+    explicit StreamClosedException(const ThrowSite& site) : Framework::ErrorException(site), Io::ErrorException(site) {}
+};
+
+class PathInvalidException : public Io::ErrorException, public virtual ValueNotInitializedException
+{
+public:
+    PathInvalidException(const ThrowSite& site, const String& path)
+        : Framework::ErrorException(site), ValueNotInitializedException(site), Io::ErrorException(site), path(path)
+    {
+    }
+    // "Invalid path: <path>\n" + base
+    String description(bool includeCause) const override;
+
+    const String path;
+};
+
+class PathNotFoundException : public Io::ErrorException, public SearchException
+{
+public:
+    PathNotFoundException(const ThrowSite& site, const String& path)
+        : Framework::ErrorException(site), Io::ErrorException(site), SearchException(site), path(path)
+    {
+    }
+    // "Path not found: <path>\n" + base
+    String description(bool includeCause) const override;
+
+    const String path;
+};
+
+class PathExistsException : public Io::ErrorException, public virtual ValueExistsException
+{
+public:
+    PathExistsException(const ThrowSite& site, const String& path)
+        : Framework::ErrorException(site), ValueExistsException(site), Io::ErrorException(site), path(path)
+    {
+    }
+    // "Path exists: <path>\n" + base
+    String description(bool includeCause) const override;
+
+    const String path;
+};
+
+}}  // namespace Framework::Io

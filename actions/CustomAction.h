@@ -1,0 +1,37 @@
+// The object of one action call: built on the entry point's stack round the session
+// handle the engine passed in, and destroyed before the entry point returns. Its
+// fw_library base brings the FW layer up for the call and takes it down after.
+//
+// It does not own the handle and never closes it, and it keeps no state: everything
+// an action reads, it reads anew from the session or the registry in that call.
+#pragma once
+#include "Framework/String.h"
+#include "fw/fw_library.h"
+
+#include <windows.h>
+#include <msi.h>
+
+class CustomAction : public fw_library
+{
+public:
+    explicit CustomAction(MSIHANDLE hInstall);
+    ~CustomAction() override = default;
+
+    // The property's value; a property that is not set, or a call that fails,
+    // reads as the empty string. The value ends at its first NUL. The engine's
+    // return codes are not read.
+    Framework::String getProperty(const Framework::String& name) const;
+    // An empty value clears the property. Returns the engine's code, which no
+    // caller reads.
+    UINT setProperty(const Framework::String& name, const Framework::String& value) const;
+
+    // The actions. Each decides for itself what it catches; see its file.
+    void setProperties();
+    void setDomain();
+    void setApplicationSize();
+    void setEncaseKorvalinFlag();
+    void subscribe();
+
+private:
+    MSIHANDLE hInstall;
+};
