@@ -41,7 +41,7 @@ class BasicString
 {
 public:
     using Derived = typename StringTypeOf<Char>::Type;
-    static const uint32_t npos = 0xFFFFFFFFu;
+    static constexpr uint32_t npos = 0xFFFFFFFFu;
 
     BasicString() : count(0) {}
     // A private copy. A length of 0 gives the empty string even for a null pointer;

@@ -52,7 +52,7 @@ public:
 class FormatException : public virtual ErrorException
 {
 public:
-    static const uint64_t unknownPosition = ~uint64_t(0);
+    static constexpr uint64_t unknownPosition = ~uint64_t(0);
     FormatException(const ThrowSite& site, uint64_t position) : ErrorException(site), position(position) {}
 
     const uint64_t position;

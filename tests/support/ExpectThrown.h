@@ -1,0 +1,28 @@
+// Expected throws: runs body, checks that it threw a pointer to E (or a class under
+// it), and hands the object back so the test can look at its fields. The object is
+// owned by the returned pointer, so a failing test leaks nothing.
+#pragma once
+#include "fw/fw_exception.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <typeinfo>
+
+template <class E, class Body>
+std::unique_ptr<E> expectThrown(Body body)
+{
+    try {
+        body();
+    } catch (fw_exception* raw) {
+        std::unique_ptr<fw_exception> thrown(raw);
+        if (E* wanted = dynamic_cast<E*>(raw)) {
+            thrown.release();
+            return std::unique_ptr<E>(wanted);
+        }
+        ADD_FAILURE() << "threw " << typeid(*raw).name() << ", wanted " << typeid(E).name();
+        return nullptr;
+    }
+    ADD_FAILURE() << "nothing was thrown, wanted " << typeid(E).name();
+    return nullptr;
+}
