@@ -35,4 +35,6 @@ if [ ! -f "$WOW/kernel32.dll" ]; then
     $SUDO cp -a "$scratch/x/usr/lib/i386-linux-gnu/wine/i386-windows/." "$WOW/"
     rm -rf "$scratch"
 fi
+# Where this machine cannot run 32-bit code, Wine runs inside an emulated machine.
+"$(dirname "$0")/wine-host" --prepare
 echo "setup: done"

@@ -56,6 +56,23 @@ uint32_t BasicString<Char>::findChar(const Char* text, Char c)
     return npos;
 }
 
+namespace {
+
+// A block for a string of `length` characters by the constructors' rule, with their
+// two checks: the length limit and a capacity that wrapped round.
+template <class Char>
+SharedBuffer sizedBlock(uint32_t length)
+{
+    if (length > 0x80000000u)
+        throw new ErrorException(SITE);
+    const uint32_t capacity = sizedCapacity(length);
+    if (capacity < length)
+        throw new ErrorException(SITE);
+    return SharedBuffer(byteSizeFor<Char>(capacity));
+}
+
+}  // namespace
+
 template <class Char>
 BasicString<Char>::BasicString(const Char* text, uint32_t length) : count(0)
 {
@@ -68,12 +85,7 @@ BasicString<Char>::BasicString(const Char* text, uint32_t length) : count(0)
         if (length == 0)
             return;
     }
-    if (length > 0x80000000u)
-        throw new ErrorException(SITE);
-    const uint32_t capacity = sizedCapacity(length);
-    if (capacity < length)
-        throw new ErrorException(SITE);
-    SharedBuffer fresh(byteSizeFor<Char>(capacity));
+    SharedBuffer fresh = sizedBlock<Char>(length);
     std::memcpy(fresh.payload(), text, length * sizeof(Char));
     buffer = fresh;
     count = length;
@@ -85,12 +97,7 @@ BasicString<Char>::BasicString(uint32_t length) : count(0)
 {
     if (length == 0)
         return;
-    if (length > 0x80000000u)
-        throw new ErrorException(SITE);
-    const uint32_t capacity = sizedCapacity(length);
-    if (capacity < length)
-        throw new ErrorException(SITE);
-    buffer = SharedBuffer(byteSizeFor<Char>(capacity));
+    buffer = sizedBlock<Char>(length);
     count = length;
     terminate();
 }

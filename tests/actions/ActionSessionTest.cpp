@@ -1,24 +1,17 @@
 // The built WixKorvalin.dll, loaded as the engine's host loads it, against real
 // installer sessions.
+#include "support/Clock.h"
 #include "support/ActionLibrary.h"
 #include "support/InstallerSession.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cwctype>
 
 namespace {
 
 const char* const allActions[] = {"Subscribe", "SetDomain", "SetApplicationSize", "SetProperties",
                                   "SetEncaseKorvalinFlag"};
-
-uint64_t nowInMilliseconds()
-{
-    return uint64_t(std::chrono::duration_cast<std::chrono::milliseconds>(
-                        std::chrono::system_clock::now().time_since_epoch())
-                        .count());
-}
 
 class ActionSessionTest : public ::testing::Test
 {

@@ -1,24 +1,17 @@
 // End to end: packages built by wixl, installed by msiexec under Wine. Each test
 // starts from a clean state (the product uninstalled, its registry key gone), and
 // judges the actions by what they left in the registry.
+#include "support/Clock.h"
 #include "support/Installer.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cwctype>
 #include <iostream>
 
 namespace {
 
 const wchar_t* const demoKey = L"Software\\WixKorvalinDemo";
-
-uint64_t nowInMilliseconds()
-{
-    return uint64_t(std::chrono::duration_cast<std::chrono::milliseconds>(
-                        std::chrono::system_clock::now().time_since_epoch())
-                        .count());
-}
 
 class InstallTest : public ::testing::Test
 {
