@@ -11,7 +11,9 @@ using Framework::String;
 TEST(CustomActionTest, ReadsPropertiesOfAnyLength)
 {
     const std::wstring longValue(1000, L'v');
-    InstallerSession session(Properties{{L"SHORT", L"x"}, {L"LONG", longValue}, {L"WIDE", L"gr\u00fc\u00df \u65e5\u672c"}});
+    InstallerSession session(Properties{{L"SHORT", L"x"}, {L"LONG", longValue}});
+    // Set at run time: the package database keeps its texts in its code page.
+    session.setProperty(L"WIDE", L"gr\u00fc\u00df \u65e5\u672c");
     CustomAction action(session.handle());
     EXPECT_EQ(String(L"x"), action.getProperty("SHORT"));
     EXPECT_EQ(String(longValue.c_str()), action.getProperty("LONG"));
