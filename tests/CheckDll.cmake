@@ -1,3 +1,4 @@
+cmake_policy(SET CMP0057 NEW)
 # Checks the product DLL with objdump: a PE32 (i386) DLL that exports exactly the
 # ten action names and imports only DLLs of the system.
 execute_process(COMMAND ${OBJDUMP} -p ${DLL} OUTPUT_VARIABLE dump RESULT_VARIABLE failed)

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cwctype>
-#include <iostream>
 
 namespace {
 
@@ -48,27 +47,28 @@ TEST_F(InstallTest, TheDemoPackageRecordsTheTimeThatSetPropertiesHandedOver)
 }
 
 // An exception that no handler takes ends the custom-action host in the terminate
-// handler. These record what the engine makes of that, for each Return attribute.
-TEST_F(InstallTest, AnUncaughtExceptionWithReturnCheck)
+// handler. The engine then treats the action as failed: with Return="check" the
+// installation stops and rolls back (1603, later steps never run); with
+// Return="ignore" it goes on to the end.
+TEST_F(InstallTest, AnUncaughtExceptionFailsTheActionAsItsReturnAttributeSays)
 {
-    const std::wstring package = testPackage(L"uncaught-check.msi");
-    const std::wstring key = L"Software\\WixKorvalinTests\\Uncaught_check";
-    startClean(package, key);
-    const DWORD exitCode = installQuietly(package);
-    std::wstring value;
-    const bool reached = readRegistryString(HKEY_CURRENT_USER, key, L"Reached", value);
-    std::cout << "Return=check: msiexec exit code " << exitCode << ", later steps ran: " << reached << std::endl;
-    uninstallQuietly(package);
-}
-
-TEST_F(InstallTest, AnUncaughtExceptionWithReturnIgnore)
-{
-    const std::wstring package = testPackage(L"uncaught-ignore.msi");
-    const std::wstring key = L"Software\\WixKorvalinTests\\Uncaught_ignore";
-    startClean(package, key);
-    const DWORD exitCode = installQuietly(package);
-    std::wstring value;
-    const bool reached = readRegistryString(HKEY_CURRENT_USER, key, L"Reached", value);
-    std::cout << "Return=ignore: msiexec exit code " << exitCode << ", later steps ran: " << reached << std::endl;
-    uninstallQuietly(package);
+    struct Row {
+        const wchar_t* package;
+        const wchar_t* key;
+        DWORD exitCode;
+        bool laterStepsRan;
+    };
+    const Row rows[] = {
+        {L"uncaught-check.msi", L"Software\\WixKorvalinTests\\Uncaught_check", ERROR_INSTALL_FAILURE, false},
+        {L"uncaught-ignore.msi", L"Software\\WixKorvalinTests\\Uncaught_ignore", 0, true},
+    };
+    for (const Row& row : rows) {
+        const std::wstring package = testPackage(row.package);
+        startClean(package, row.key);
+        EXPECT_EQ(row.exitCode, installQuietly(package)) << std::string(package.begin(), package.end());
+        std::wstring value;
+        EXPECT_EQ(row.laterStepsRan, readRegistryString(HKEY_CURRENT_USER, row.key, L"Reached", value))
+            << std::string(package.begin(), package.end());
+        uninstallQuietly(package);
+    }
 }
