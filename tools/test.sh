@@ -12,8 +12,7 @@ cmake --build "$build"
 echo "test.sh: set-up and build took $(( $(date +%s) - start )) s"
 cd "$build"
 status=0
-# No display yet: under xvfb-run in the emulated machine the first test program
-# stalled, and no test shows a window so far.
-"$root/tools/wine-host" ctest --output-on-failure --timeout 1500 "$@" || status=$?
+# Under a virtual display, so that message boxes really appear and tests can close them.
+"$root/tools/wine-host" xvfb-run -a ctest --output-on-failure --timeout 1500 "$@" || status=$?
 echo "test.sh: finished after $(( $(date +%s) - start )) s with status $status"
 exit $status
