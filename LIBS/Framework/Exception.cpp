@@ -58,11 +58,6 @@ void defaultUnrecoverable(Exception* previous, Exception*)
 
 UnrecoverableHandler unrecoverableHandler = defaultUnrecoverable;
 
-fw_string narrow(const String& text)
-{
-    return toFwString(text);
-}
-
 }  // namespace
 
 Exception* currentException()
@@ -106,7 +101,7 @@ Exception::~Exception()
 
 fw_string Exception::message() const
 {
-    return narrow(siteText());
+    return toFwString(siteText());
 }
 
 const char* Exception::title() const
@@ -116,7 +111,7 @@ const char* Exception::title() const
 
 fw_string Exception::details() const
 {
-    return narrow(description(true));
+    return toFwString(description(true));
 }
 
 String Exception::emptyText() const
