@@ -1,5 +1,6 @@
 #include "Framework/String.h"
 
+#include "Framework/Array.h"
 #include "Framework/Exceptions.h"
 #include "Framework/OsException.h"
 #include "fw/fw_string.h"
@@ -453,6 +454,65 @@ int64_t String::toHyper(uint32_t radix) const
 uint64_t String::toUhyper(uint32_t radix) const
 {
     return parseNumber<uint64_t, false>(c_str(), length(), radix ? radix : detectRadix());
+}
+
+namespace {
+
+// The pieces of text between characters for which isDelimiter holds; empty pieces
+// are dropped.
+template <class StringType, class Char, class IsDelimiter>
+Array<StringType> splitText(const StringType& text, IsDelimiter isDelimiter)
+{
+    Array<StringType> pieces;
+    const Char* chars = text.c_str();
+    uint32_t start = 0;
+    for (uint32_t i = 0; i <= text.length(); ++i) {
+        if (i < text.length() && !isDelimiter(chars[i]))
+            continue;
+        if (i > start)
+            pieces.add(StringType(chars + start, i - start));
+        start = i + 1;
+    }
+    return pieces;
+}
+
+}  // namespace
+
+Array<String> String::split(wchar_t delimiter) const
+{
+    return splitText<String, wchar_t>(*this, [delimiter](wchar_t c) { return c == delimiter; });
+}
+
+Array<String> String::split(const wchar_t* delimiters) const
+{
+    textLength(delimiters);
+    return splitText<String, wchar_t>(*this, [delimiters](wchar_t c) { return findChar(delimiters, c) != npos; });
+}
+
+Array<AnsiString> AnsiString::split(const char* delimiters) const
+{
+    textLength(delimiters);
+    return splitText<AnsiString, char>(*this, [delimiters](char c) { return findChar(delimiters, c) != npos; });
+}
+
+String String::join(const String& separator, const Array<String>& items)
+{
+    String result;
+    const uint32_t n = items.size();
+    if (n == 0)
+        return result;
+    uint64_t total = uint64_t(separator.length()) * (n - 1);
+    for (uint32_t i = 0; i < n; ++i)
+        total += items.at(i).length();
+    if (total > 0x80000000u)
+        throw new ErrorException(SITE);
+    result.reserve(uint32_t(total));
+    for (uint32_t i = 0; i < n; ++i) {
+        if (i > 0)
+            result.append(separator);
+        result.append(items.at(i));
+    }
+    return result;
 }
 
 }  // namespace Framework

@@ -12,11 +12,15 @@
 #pragma once
 #include "Framework/BasicString.h"
 
+#include <cstdarg>
+
 class fw_string;
 
 namespace Framework {
 
 class AnsiString;
+template <class T>
+class Array;
 
 class String : public BasicString<wchar_t>
 {
@@ -28,6 +32,19 @@ public:
     explicit String(uint32_t length) : BasicString(length) {}
     String(const BasicString<wchar_t>& other) : BasicString(other) {}
     explicit String(const AnsiString& text);
+
+    // printf-style rendering in the dialect of FormatEngine.h: %s narrow text, %S wide
+    // text, %Ld / %lld 64-bit. A null format, a failed count or a result above 0xA00000
+    // characters throws ErrorException.
+    static String format(const wchar_t* format, ...);
+    static String vformat(const wchar_t* format, va_list args);
+
+    // The pieces between delimiters, empty pieces dropped: ";;a;;b;" by ';' -> "a", "b".
+    Array<String> split(wchar_t delimiter) const;
+    // Any character of `delimiters` separates; null asserts.
+    Array<String> split(const wchar_t* delimiters) const;
+    // The items with the separator between them, in one allocation; no items give "".
+    static String join(const String& separator, const Array<String>& items);
 
     // Last occurrence whose final character stands at or before index upTo (npos
     // means length); upTo > length gives Range(0, length, upTo).
@@ -77,6 +94,14 @@ public:
     explicit AnsiString(uint32_t length) : BasicString(length) {}
     AnsiString(const BasicString<char>& other) : BasicString(other) {}
     explicit AnsiString(const String& text);
+
+    // The dialect of FormatEngine.h, with no limit on the result's length; a null
+    // format or a failed count throws ErrorException.
+    static AnsiString format(const char* format, ...);
+    static AnsiString vformat(const char* format, va_list args);
+
+    // Any character of `delimiters` separates; empty pieces are dropped; null asserts.
+    Array<AnsiString> split(const char* delimiters) const;
 
     // Removes one pair of matching ' or " from the ends of a text of at least 2
     // characters and returns the quote character; else returns 0.

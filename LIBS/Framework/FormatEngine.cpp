@@ -1,0 +1,254 @@
+#include "Framework/FormatEngine.h"
+
+#include "Framework/Exceptions.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace Framework {
+
+namespace {
+
+// The largest result String::format makes, in characters.
+const uint32_t formatLimit = 0xA00000;
+
+template <class Char>
+bool isFlag(Char c)
+{
+    return c == '+' || c == '-' || c == '0' || c == ' ' || c == '#';
+}
+
+template <class Char>
+bool isDigit(Char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+template <class Char>
+bool isConversion(Char c)
+{
+    for (const char* letter = "cCdiouxXeEfFgGnpsSaA"; *letter; ++letter)
+        if (c == Char(*letter))
+            return true;
+    return false;
+}
+
+// The number of characters of a length modifier at text[i], or 0.
+template <class Char>
+uint32_t lengthAt(const Char* text, uint32_t size, uint32_t i)
+{
+    const Char c = text[i];
+    if (c == 'I' && i + 2 < size && ((text[i + 1] == '6' && text[i + 2] == '4') || (text[i + 1] == '3' && text[i + 2] == '2')))
+        return 3;
+    if ((c == 'h' || c == 'l') && i + 1 < size && text[i + 1] == c)
+        return 2;
+    if (c == 'h' || c == 'l' || c == 'L')
+        return 1;
+    return 0;
+}
+
+// Walks a format as the dialect reads it and tells the visitor what to emit:
+// copy(text, n) for text that stays as it is, length64() where an ll or L stood in
+// front of a conversion, and conversion(letter) for each conversion letter found.
+// Never reads past `size`.
+template <class Char, class Visitor>
+void scanFormat(const Char* text, uint32_t size, Visitor& visitor)
+{
+    uint32_t i = 0;
+    while (i < size) {
+        if (text[i] != '%') {
+            const uint32_t start = i;
+            while (i < size && text[i] != '%')
+                ++i;
+            visitor.copy(text + start, i - start);
+            continue;
+        }
+        const uint32_t percent = i++;
+        if (i < size && text[i] == '%') {
+            visitor.copy(text + percent, 2);
+            ++i;
+            continue;
+        }
+        while (i < size && isFlag(text[i]))
+            ++i;
+        while (i < size && isDigit(text[i]))
+            ++i;
+        if (i + 1 < size && text[i] == '.' && isDigit(text[i + 1])) {
+            i += 2;
+            while (i < size && isDigit(text[i]))
+                ++i;
+        }
+        visitor.copy(text + percent, i - percent);
+        if (i >= size)
+            return;
+        if (text[i] == '%')
+            continue;
+
+        // Lengths, the last of which counts, then the conversion letter.
+        const uint32_t start = i;
+        uint32_t lengthStart = i, lengthSize = 0, j = i;
+        while (j < size) {
+            const uint32_t n = lengthAt(text, size, j);
+            if (n == 0)
+                break;
+            lengthStart = j;
+            lengthSize = n;
+            j += n;
+        }
+        if (j >= size || !isConversion(text[j])) {
+            // No conversion: the first character is ordinary text, and so is what follows.
+            visitor.copy(text + start, 1);
+            i = start + 1;
+            continue;
+        }
+        visitor.copy(text + start, lengthStart - start);  // lengths that were replaced
+        const bool is64 = (lengthSize == 2 && text[lengthStart] == 'l') || (lengthSize == 1 && text[lengthStart] == 'L');
+        if (is64)
+            visitor.length64();
+        else
+            visitor.copy(text + lengthStart, lengthSize);
+        visitor.conversion(text + j);
+        i = j + 1;
+    }
+}
+
+template <class StringType, class Char>
+class Normalizer
+{
+public:
+    explicit Normalizer(uint32_t size) { output.reserve(size); }
+    void copy(const Char* text, uint32_t n) { output.append(text, n); }
+    void length64()
+    {
+        // The runtime's 64-bit length.
+        static const Char i64[] = {'I', '6', '4', 0};
+        output.append(i64, 3);
+    }
+    void conversion(const Char* letter) { output.append(*letter); }
+
+    StringType output;
+};
+
+template <class StringType, class Char>
+StringType normalize(const Char* format)
+{
+    if (!format)
+        throw new ErrorException(SITE);
+    const uint32_t size = StringType::textLength(format);
+    Normalizer<StringType, Char> normalizer(size);
+    scanFormat(format, size, normalizer);
+    return normalizer.output;
+}
+
+class Swapper
+{
+public:
+    explicit Swapper(wchar_t* text) : text(text) {}
+    void copy(const wchar_t*, uint32_t) {}
+    void length64() {}
+    void conversion(const wchar_t* letter)
+    {
+        wchar_t& c = text[letter - text];
+        if (c == L's')
+            c = L'S';
+        else if (c == L'S')
+            c = L's';
+    }
+
+private:
+    wchar_t* text;
+};
+
+// va_end on every way out.
+struct ArgumentsCopy
+{
+    explicit ArgumentsCopy(va_list args) { va_copy(list, args); }
+    ~ArgumentsCopy() { va_end(list); }
+    va_list list;
+};
+
+}  // namespace
+
+AnsiString normalizeFormat(const char* format)
+{
+    return normalize<AnsiString>(format);
+}
+
+String normalizeFormat(const wchar_t* format)
+{
+    return normalize<String>(format);
+}
+
+void swapStringConversions(String& format)
+{
+    if (format.empty())
+        return;
+    wchar_t* text = &format.refAt(0);
+    Swapper swapper(text);
+    scanFormat<wchar_t>(text, format.length(), swapper);
+}
+
+// The runtime services are msvcrt's own exports: _vscprintf, _vsnprintf, _vscwprintf
+// and _vsnwprintf are never routed to mingw's C99 printf by the mingw headers (only
+// the standard names are), so the rewrite above always meets msvcrt's conventions.
+
+AnsiString AnsiString::vformat(const char* format, va_list args)
+{
+    const AnsiString rewritten = normalizeFormat(format);
+    int count;
+    {
+        ArgumentsCopy counting(args);
+        count = _vscprintf(rewritten.c_str(), counting.list);
+    }
+    if (count < 0)
+        throw new ErrorException(SITE);
+    AnsiString result(static_cast<uint32_t>(count));
+    if (count == 0)
+        return result;
+    ArgumentsCopy rendering(args);
+    // A fresh string is private and has room for the terminator.
+    if (_vsnprintf(&result.refAt(0), size_t(count) + 1, rewritten.c_str(), rendering.list) != count)
+        throw new ErrorException(SITE);
+    return result;
+}
+
+AnsiString AnsiString::format(const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    ArgumentsCopy guard(args);
+    va_end(args);
+    return vformat(format, guard.list);
+}
+
+String String::vformat(const wchar_t* format, va_list args)
+{
+    String rewritten = normalizeFormat(format);
+    swapStringConversions(rewritten);
+    uint32_t count;
+    {
+        ArgumentsCopy counting(args);
+        count = static_cast<uint32_t>(_vscwprintf(rewritten.c_str(), counting.list));
+    }
+    // A failed count is all ones, above the limit too.
+    if (count > formatLimit)
+        throw new ErrorException(SITE);
+    String result(count);
+    if (count == 0)
+        return result;
+    ArgumentsCopy rendering(args);
+    if (_vsnwprintf(&result.refAt(0), size_t(count) + 1, rewritten.c_str(), rendering.list) != int(count))
+        throw new ErrorException(SITE);
+    return result;
+}
+
+String String::format(const wchar_t* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    ArgumentsCopy guard(args);
+    va_end(args);
+    return vformat(format, guard.list);
+}
+
+}  // namespace Framework
