@@ -1,7 +1,5 @@
 #include "Framework/NameHash.h"
 
-#include <cwctype>
-
 namespace Framework {
 
 uint32_t hashName(const String& name)
@@ -11,7 +9,7 @@ uint32_t hashName(const String& name)
     const wchar_t* text = name.c_str();
     uint32_t h = 0;
     for (uint32_t i = 0; i < name.length(); ++i) {
-        const uint16_t unit = uint16_t(std::towlower(text[i]));
+        const uint16_t unit = uint16_t(Detail::lowerUnit(text[i]));
         h = uint32_t(int32_t(int8_t(unit & 0xFF))) + h * 33;
         h = uint32_t(int32_t(int8_t(unit >> 8))) + h * 33;
     }

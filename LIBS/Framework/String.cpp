@@ -260,7 +260,7 @@ void String::toLower()
         return;
     wchar_t* text = writablePayload();
     for (uint32_t i = 0; i < length(); ++i)
-        text[i] = wchar_t(std::towlower(text[i]));
+        text[i] = Detail::lowerUnit(text[i]);
 }
 
 void String::trimAtZero()
@@ -287,8 +287,8 @@ int compareNoCase(const wchar_t* a, uint32_t aLength, const wchar_t* b, uint32_t
 {
     const uint32_t shorter = aLength < bLength ? aLength : bLength;
     for (uint32_t i = 0; i < shorter; ++i) {
-        const int x = int(std::towlower(a[i]));
-        const int y = int(std::towlower(b[i]));
+        const int x = int(Detail::lowerUnit(a[i]));
+        const int y = int(Detail::lowerUnit(b[i]));
         if (x != y)
             return x - y;
     }

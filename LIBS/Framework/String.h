@@ -13,6 +13,7 @@
 #include "Framework/BasicString.h"
 
 #include <cstdarg>
+#include <cwctype>
 
 class fw_string;
 
@@ -125,6 +126,17 @@ inline bool operator==(const AnsiString& a, const AnsiString& b)
     return compare(a.c_str(), a.length(), b.c_str(), b.length()) == 0;
 }
 inline bool operator!=(const AnsiString& a, const AnsiString& b) { return !(a == b); }
+
+namespace Detail {
+// The runtime's towlower, with ASCII answered here: towlower gives the same for it,
+// and name lookups lower every unit of every key.
+inline wchar_t lowerUnit(wchar_t c)
+{
+    if (c < 0x80)
+        return c >= L'A' && c <= L'Z' ? wchar_t(c + 32) : c;
+    return wchar_t(std::towlower(c));
+}
+}  // namespace Detail
 
 // Each unit through the runtime's towlower; at the first difference the result is
 // the difference of the lowered units, else -1, 0 or 1 by length.
