@@ -192,26 +192,56 @@ void swapStringConversions(String& format)
 // and _vsnwprintf are never routed to mingw's C99 printf by the mingw headers (only
 // the standard names are), so the rewrite above always meets msvcrt's conventions.
 
-AnsiString AnsiString::vformat(const char* format, va_list args)
+namespace {
+
+// Counts, allocates once and renders. A count above `limit`, which includes a failed
+// (negative) count taken as unsigned, and a rendering that reports another count
+// throw ErrorException.
+template <class StringType, class Char>
+StringType render(const StringType& rewritten, va_list args, uint32_t limit,
+                  int (*countChars)(const Char*, va_list), int (*renderChars)(Char*, size_t, const Char*, va_list))
 {
-    const AnsiString rewritten = normalizeFormat(format);
-    int count;
+    uint32_t count;
     {
         ArgumentsCopy counting(args);
-        count = _vscprintf(rewritten.c_str(), counting.list);
+        count = static_cast<uint32_t>(countChars(rewritten.c_str(), counting.list));
     }
-    if (count < 0)
+    if (count > limit)
         throw new ErrorException(SITE);
-    AnsiString result(static_cast<uint32_t>(count));
+    StringType result(count);
     if (count == 0)
         return result;
     ArgumentsCopy rendering(args);
     // A fresh string is private and has room for the terminator.
-    if (_vsnprintf(&result.refAt(0), size_t(count) + 1, rewritten.c_str(), rendering.list) != count)
+    if (renderChars(&result.refAt(0), size_t(count) + 1, rewritten.c_str(), rendering.list) != int(count))
         throw new ErrorException(SITE);
     return result;
 }
 
+int countNarrow(const char* format, va_list args) { return _vscprintf(format, args); }
+int renderNarrow(char* out, size_t size, const char* format, va_list args) { return _vsnprintf(out, size, format, args); }
+int countWide(const wchar_t* format, va_list args) { return _vscwprintf(format, args); }
+int renderWide(wchar_t* out, size_t size, const wchar_t* format, va_list args)
+{
+    return _vsnwprintf(out, size, format, args);
+}
+
+}  // namespace
+
+AnsiString AnsiString::vformat(const char* format, va_list args)
+{
+    // Narrow results have no limit of their own: only a failed count is refused.
+    return render(normalizeFormat(format), args, 0x7FFFFFFFu, countNarrow, renderNarrow);
+}
+
+String String::vformat(const wchar_t* format, va_list args)
+{
+    String rewritten = normalizeFormat(format);
+    swapStringConversions(rewritten);
+    return render(rewritten, args, formatLimit, countWide, renderWide);
+}
+
+// va_start must stand in the function with the "...".
 AnsiString AnsiString::format(const char* format, ...)
 {
     va_list args;
@@ -219,27 +249,6 @@ AnsiString AnsiString::format(const char* format, ...)
     ArgumentsCopy guard(args);
     va_end(args);
     return vformat(format, guard.list);
-}
-
-String String::vformat(const wchar_t* format, va_list args)
-{
-    String rewritten = normalizeFormat(format);
-    swapStringConversions(rewritten);
-    uint32_t count;
-    {
-        ArgumentsCopy counting(args);
-        count = static_cast<uint32_t>(_vscwprintf(rewritten.c_str(), counting.list));
-    }
-    // A failed count is all ones, above the limit too.
-    if (count > formatLimit)
-        throw new ErrorException(SITE);
-    String result(count);
-    if (count == 0)
-        return result;
-    ArgumentsCopy rendering(args);
-    if (_vsnwprintf(&result.refAt(0), size_t(count) + 1, rewritten.c_str(), rendering.list) != int(count))
-        throw new ErrorException(SITE);
-    return result;
 }
 
 String String::format(const wchar_t* format, ...)

@@ -75,14 +75,25 @@ uint32_t MemoryValues::groupCount(const String& name) const
     return found == groupMap->end() ? 0 : found->second.size();
 }
 
-const MemoryValues::TextList& MemoryValues::textList(const String& name) const
+namespace {
+
+// The non-empty list under a name; a missing name is LookupException.
+template <class List>
+const List& listIn(const NameMap<List>& map, const String& name)
 {
-    const auto found = valueMap->find(name);
-    if (found == valueMap->end())
+    const auto found = map.find(name);
+    if (found == map.end())
         throw new LookupException(SITE);
     if (found->second.size() == 0)
         throw new ErrorException(SITE);
     return found->second;
+}
+
+}  // namespace
+
+const MemoryValues::TextList& MemoryValues::textList(const String& name) const
+{
+    return listIn(*valueMap, name);
 }
 
 String MemoryValues::lastText(const String& name) const
@@ -130,12 +141,7 @@ Array<AnsiString> MemoryValues::getBinaryArray(const String& name) const
 
 const MemoryValues::GroupList& MemoryValues::groupList(const String& name) const
 {
-    const auto found = groupMap->find(name);
-    if (found == groupMap->end())
-        throw new LookupException(SITE);
-    if (found->second.size() == 0)
-        throw new ErrorException(SITE);
-    return found->second;
+    return listIn(*groupMap, name);
 }
 
 SharedPointer<InputValues> MemoryValues::group(const String& name, uint32_t index) const

@@ -108,3 +108,11 @@ TEST(FormatEngineTest, WideResultsStopAtTheLimit)
     EXPECT_EQ(10485761u, narrow.length());
     EXPECT_EQ(' ', narrow.at(0));
 }
+
+TEST(FormatEngineTest, AFailedCountIsAnError)
+{
+    // The runtime can't put this wide text into the narrow "C" locale, so its count
+    // fails; the engine reports that instead of allocating from a negative count.
+    expectThrown<ErrorException>([] { AnsiString::format("[%S]", L"\x4e2d"); });
+    EXPECT_EQ(AnsiString("[abc]"), AnsiString::format("[%S]", L"abc"));
+}
