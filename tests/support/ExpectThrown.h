@@ -1,6 +1,10 @@
 // Expected throws: runs body, checks that it threw a pointer to E (or a class under
 // it), and hands the object back so the test can look at its fields. The object is
 // owned by the returned pointer, so a failing test leaks nothing.
+//
+// While the returned object lives it is the thread's current exception, and the next
+// Framework exception built adopts it as its cause and deletes it with itself: let
+// the pointer go (end its scope) before the next expected throw.
 #pragma once
 #include "fw/fw_exception.h"
 
