@@ -24,9 +24,6 @@ UINT CustomAction::setProperty(const String& name, const String& value) const
     return MsiSetPropertyW(hInstall, name.c_str(), value.c_str());
 }
 
-// These actions get their bodies as their subsystems arrive; until then they do
-// nothing, and their entry points still return 0.
-void CustomAction::setDomain() {}
-void CustomAction::setApplicationSize() {}
-void CustomAction::setEncaseKorvalinFlag() {}
+// The mail action gets its body with the mail sender; until then it does nothing,
+// and its entry point still returns 0.
 void CustomAction::subscribe() {}

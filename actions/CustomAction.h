@@ -25,6 +25,14 @@ public:
     // caller reads.
     UINT setProperty(const Framework::String& name, const Framework::String& value) const;
 
+    // An upgrade code as the installer's registry lists name it: 32 digits, without
+    // braces and hyphens, the first three groups reversed and the pairs of the last
+    // two reversed, case kept:
+    //   {12345678-9ABC-DEF0-1234-56789ABCDEF0} -> 87654321CBA90FED21436587A9CBED0F
+    // A text that isn't 36 characters, or 38 in braces, or that doesn't split into
+    // five groups whose last two have 4 and 12 digits, throws ErrorException.
+    static Framework::String packGuid(const Framework::String& text);
+
     // The actions. Each decides for itself what it catches; see its file.
     void setProperties();
     void setDomain();
