@@ -51,12 +51,17 @@ TEST_F(ActionSessionTest, SetPropertiesHandsTheTimeInMillisecondsToTheSession)
     EXPECT_EQ(13u, session.property(L"CURRENTTIMEMS").size());
 }
 
-TEST_F(ActionSessionTest, EveryActionReturnsZeroOnASessionWithEmptyProperties)
+// SetDomain is the exception: an empty upgrade code is malformed, and fatal (see
+// RegistryActionsTest).
+TEST_F(ActionSessionTest, EveryOtherActionReturnsZeroOnASessionWithEmptyProperties)
 {
     InstallerSession session(Properties{{L"ApplicationSize", L""}, {L"ProductCode", L""}, {L"UpgradeCode", L""},
                               {L"ADDRESS", L""}, {L"SUBJECT", L""}, {L"MESSAGE", L""}});
-    for (const char* name : allActions)
-        EXPECT_EQ(0u, dll.call(name, session.handle())) << name;
+    for (const char* name : allActions) {
+        if (std::string(name) != "SetDomain") {
+            EXPECT_EQ(0u, dll.call(name, session.handle())) << name;
+        }
+    }
     // Nothing an unfinished action could have set by mistake.
     EXPECT_EQ(L"", session.property(L"ALLUSERS"));
     EXPECT_EQ(L"", session.property(L"AllUsersDisabled"));

@@ -1,0 +1,230 @@
+// The three registry actions of the built DLL against real sessions and the real
+// registry, which each test prepares and removes again.
+#include "actions/CustomAction.h"
+
+#include "Framework/Exceptions.h"
+#include "support/ActionLibrary.h"
+#include "support/ExpectThrown.h"
+#include "support/InstallerSession.h"
+#include "support/ScratchKey.h"
+#include "support/TextHelpers.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using Framework::narrowForTest;
+using Framework::String;
+
+namespace {
+
+const std::wstring upgradeCode = L"{5A1B2C3D-4E5F-4061-8273-94A5B6C7D8E9}";
+const std::wstring machineList = L"Software\\Classes\\Installer\\UpgradeCodes\\";
+const std::wstring userList = L"Software\\Microsoft\\Installer\\UpgradeCodes\\";
+const std::wstring productCode = L"{0F1E2D3C-4B5A-4968-8776-A5B4C3D2E1F0}";
+const std::wstring uninstallPath = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
+const std::wstring encasePath = L"Software\\Guidance Software\\EnCase";
+
+std::wstring packed(const std::wstring& code)
+{
+    const String text = CustomAction::packGuid(code.c_str());
+    return std::wstring(text.c_str(), text.length());
+}
+
+bool keyExists(HKEY root, const std::wstring& path, REGSAM view)
+{
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ | view, &key) != ERROR_SUCCESS)
+        return false;
+    RegCloseKey(key);
+    return true;
+}
+
+class RegistryActionsTest : public ::testing::Test
+{
+protected:
+    ActionLibrary dll;
+};
+
+}  // namespace
+
+TEST(PackGuidTest, TheInstallersPackedForm)
+{
+    EXPECT_EQ(String(L"87654321CBA90FED21436587A9CBED0F"),
+              CustomAction::packGuid(L"{12345678-9ABC-DEF0-1234-56789ABCDEF0}"));
+    EXPECT_EQ(String(L"87654321CBA90FED21436587A9CBED0F"),
+              CustomAction::packGuid(L"12345678-9ABC-DEF0-1234-56789ABCDEF0"));
+    EXPECT_EQ(String(L"87654321cba90fed21436587a9cbed0f"),
+              CustomAction::packGuid(L"12345678-9abc-def0-1234-56789abcdef0"))
+        << "digits keep their case";
+    // Only the last two groups are measured.
+    EXPECT_EQ(String(L"987654321CBA0FED21436587A9CBED0F"),
+              CustomAction::packGuid(L"123456789-ABC-DEF0-1234-56789ABCDEF0"));
+    // A 36-character text that starts with a brace loses it all the same.
+    EXPECT_EQ(String(L"8765432CBA90FED21436587A9CBED0F"),
+              CustomAction::packGuid(L"{2345678-9ABC-DEF0-1234-56789ABCDEF0"));
+
+    for (const wchar_t* bad : {L"", L"12345678-9ABC-DEF0-1234-56789ABCDEF0AB", L"{12345678-9ABC-DEF0-1234-56789ABCDEF}",
+                               L"12345678-9ABC-DEF01234-56789ABCDEF0X", L"12345678-9ABC-DEF0-123-456789ABCDEF0",
+                               L"12345678-9ABC-DEF0-12345-6789ABCDEF0", L"12345678-9ABC-DEF0--1234-56789ABCDEF"})
+        expectThrown<Framework::ErrorException>([bad] { CustomAction::packGuid(bad); });
+}
+
+TEST_F(RegistryActionsTest, SetDomainFollowsTheRegistrationsOfTheUpgradeCode)
+{
+    struct Row
+    {
+        bool machine;
+        bool user;
+        const wchar_t* allUsers;
+        const wchar_t* allUsersDisabled;
+    } rows[] = {
+        {false, false, L"2", L"keep"},
+        {false, true, L"2", L"yes"},
+        {true, false, L"1", L"yes"},
+        {true, true, L"1", L"yes"},
+    };
+    const std::wstring code = packed(upgradeCode);
+    for (const Row& row : rows) {
+        std::unique_ptr<ScratchKey> machine, user;
+        if (row.machine)
+            machine.reset(new ScratchKey(HKEY_LOCAL_MACHINE, machineList + code, KEY_WOW64_64KEY));
+        if (row.user)
+            user.reset(new ScratchKey(HKEY_CURRENT_USER, userList + code));
+        // Sentinels show which property the action left alone.
+        InstallerSession session(Properties{{L"UpgradeCode", upgradeCode}});
+        session.setProperty(L"ALLUSERS", L"2");
+        session.setProperty(L"AllUsersDisabled", L"keep");
+        EXPECT_EQ(0u, dll.call("SetDomain", session.handle()));
+        EXPECT_EQ(row.allUsers, session.property(L"ALLUSERS")) << row.machine << row.user;
+        EXPECT_EQ(row.allUsersDisabled, session.property(L"AllUsersDisabled")) << row.machine << row.user;
+    }
+
+    // A code whose packed form holds a bracket is never found, even where a key of
+    // that name exists.
+    const std::wstring bracketed = L"1234567[-9ABC-DEF0-1234-56789ABCDEF0";
+    ScratchKey strange(HKEY_CURRENT_USER, userList + packed(bracketed));
+    InstallerSession session(Properties{{L"UpgradeCode", bracketed}});
+    EXPECT_EQ(0u, dll.call("SetDomain", session.handle()));
+    EXPECT_EQ(L"", session.property(L"AllUsersDisabled"));
+}
+
+TEST(RegistryActionsDeathTest, SetDomainWithoutAProperUpgradeCodeIsFatal)
+{
+    for (const wchar_t* code : {L"", L"{12345678-9ABC-DEF0-1234-56789ABCDEF}"}) {
+        EXPECT_DEATH(
+            {
+                ActionLibrary dll;
+                InstallerSession session(Properties{{L"UpgradeCode", code}});
+                dll.call("SetDomain", session.handle());
+            },
+            "terminate called after throwing an instance of 'Framework::ErrorException\\*'");
+    }
+}
+
+TEST_F(RegistryActionsTest, SetApplicationSizeWritesOnlyIntoAnExistingEntry)
+{
+    struct Row
+    {
+        const wchar_t* size;
+        bool written;
+        DWORD value;
+    } rows[] = {
+        {L"12345", true, 12345},      {L"", true, 0},           {L"4294967295", true, 4294967295u},
+        {L"007", true, 7},            {L"12ab", false, 0},      {L"4294967296", false, 0},
+        {L"-1", false, 0},            {L"+5", false, 0},        {L"0x10", false, 0},
+    };
+    for (const Row& row : rows) {
+        ScratchKey entry(HKEY_LOCAL_MACHINE, uninstallPath + productCode, KEY_WOW64_32KEY);
+        InstallerSession session(Properties{{L"ProductCode", productCode}});
+        session.setProperty(L"ApplicationSize", row.size);
+        EXPECT_EQ(0u, dll.call("SetApplicationSize", session.handle()));
+        DWORD value = 0xDEADBEEF;
+        EXPECT_EQ(row.written, entry.readDword(L"EstimatedSize", value)) << narrowForTest(row.size);
+        if (row.written) {
+            EXPECT_EQ(row.value, value) << narrowForTest(row.size);
+        }
+        DWORD type = 0;
+        std::vector<BYTE> data;
+        EXPECT_EQ(row.written, entry.read(L"EstimatedSize", type, data)) << "nothing else was written";
+    }
+
+    // No entry: nothing is created, in either view.
+    const std::wstring missing = L"{11111111-2222-3333-4444-555555555555}";
+    InstallerSession noEntry(Properties{{L"ProductCode", missing}, {L"ApplicationSize", L"10"}});
+    EXPECT_EQ(0u, dll.call("SetApplicationSize", noEntry.handle()));
+    EXPECT_FALSE(keyExists(HKEY_LOCAL_MACHINE, uninstallPath + missing, KEY_WOW64_32KEY));
+    EXPECT_FALSE(keyExists(HKEY_LOCAL_MACHINE, uninstallPath + missing, KEY_WOW64_64KEY));
+
+    // An entry in the 64-bit view only is not the one the action sees.
+    {
+        ScratchKey wide(HKEY_LOCAL_MACHINE, uninstallPath + productCode, KEY_WOW64_64KEY);
+        InstallerSession session(Properties{{L"ProductCode", productCode}, {L"ApplicationSize", L"10"}});
+        EXPECT_EQ(0u, dll.call("SetApplicationSize", session.handle()));
+        DWORD value = 0;
+        EXPECT_FALSE(wide.readDword(L"EstimatedSize", value));
+        EXPECT_FALSE(keyExists(HKEY_LOCAL_MACHINE, uninstallPath + productCode, KEY_WOW64_32KEY));
+    }
+
+    // A product code with a bracket counts as having no entry.
+    const std::wstring bracketed = L"{0F1E2D3C-4B5A-4968-8776-A5B4C3D2E1F[}";
+    ScratchKey strange(HKEY_LOCAL_MACHINE, uninstallPath + bracketed, KEY_WOW64_32KEY);
+    InstallerSession session(Properties{{L"ProductCode", bracketed}, {L"ApplicationSize", L"10"}});
+    EXPECT_EQ(0u, dll.call("SetApplicationSize", session.handle()));
+    DWORD value = 0;
+    EXPECT_FALSE(strange.readDword(L"EstimatedSize", value));
+}
+
+TEST_F(RegistryActionsTest, SetEncaseKorvalinFlagResetsOneAndTwoOnly)
+{
+    InstallerSession session;
+    for (DWORD flag : {0u, 1u, 2u, 3u, 0xFFFFFFFFu}) {
+        ScratchKey encase(HKEY_LOCAL_MACHINE, encasePath, KEY_WOW64_32KEY);
+        encase.setDword(L"CheckKorvalin", flag);
+        EXPECT_EQ(0u, dll.call("SetEncaseKorvalinFlag", session.handle()));
+        DWORD value = 0xDEADBEEF;
+        ASSERT_TRUE(encase.readDword(L"CheckKorvalin", value)) << flag;
+        EXPECT_EQ(flag == 1 || flag == 2 ? 0u : flag, value) << flag;
+    }
+
+    {
+        // A text that isn't a number as the registry values read it: left alone.
+        ScratchKey encase(HKEY_LOCAL_MACHINE, encasePath, KEY_WOW64_32KEY);
+        encase.setText(L"CheckKorvalin", L"1");
+        EXPECT_EQ(0u, dll.call("SetEncaseKorvalinFlag", session.handle()));
+        DWORD type = 0;
+        std::vector<BYTE> data;
+        ASSERT_TRUE(encase.read(L"CheckKorvalin", type, data));
+        EXPECT_EQ(DWORD(REG_SZ), type);
+    }
+    {
+        // A number list reads as its last number, and is replaced by a plain 0.
+        ScratchKey encase(HKEY_LOCAL_MACHINE, encasePath, KEY_WOW64_32KEY);
+        encase.setList(L"CheckKorvalin", {L"UintArray", L"5", L"2"});
+        EXPECT_EQ(0u, dll.call("SetEncaseKorvalinFlag", session.handle()));
+        DWORD value = 0xDEADBEEF;
+        ASSERT_TRUE(encase.readDword(L"CheckKorvalin", value));
+        EXPECT_EQ(0u, value);
+    }
+    {
+        // No value: none is made.
+        ScratchKey encase(HKEY_LOCAL_MACHINE, encasePath, KEY_WOW64_32KEY);
+        encase.setDword(L"Other", 1);
+        EXPECT_EQ(0u, dll.call("SetEncaseKorvalinFlag", session.handle()));
+        DWORD type = 0;
+        std::vector<BYTE> data;
+        EXPECT_FALSE(encase.read(L"CheckKorvalin", type, data));
+    }
+    {
+        // The flag in the other view is not EnCase's.
+        ScratchKey wide(HKEY_LOCAL_MACHINE, encasePath, KEY_WOW64_64KEY);
+        wide.setDword(L"CheckKorvalin", 1);
+        EXPECT_EQ(0u, dll.call("SetEncaseKorvalinFlag", session.handle()));
+        DWORD value = 0;
+        ASSERT_TRUE(wide.readDword(L"CheckKorvalin", value));
+        EXPECT_EQ(1u, value);
+    }
+    // No key: none is made.
+    EXPECT_EQ(0u, dll.call("SetEncaseKorvalinFlag", session.handle()));
+    EXPECT_FALSE(keyExists(HKEY_LOCAL_MACHINE, encasePath, KEY_WOW64_32KEY));
+}
