@@ -11,23 +11,67 @@
 namespace {
 
 const wchar_t* const demoKey = L"Software\\WixKorvalinDemo";
+const wchar_t* const encaseKey = L"Software\\Guidance Software\\EnCase";
+const wchar_t* const domainKey = L"Software\\WixKorvalinTests\\Domain";
+
+// The SetDomain packages' upgrade code {1776FDB0-CE3E-461A-A04C-7C4CE75F24D0} and the
+// probe's product code {406F02EB-4A5F-434C-9420-1B3909083F09}, packed as the engine
+// names its registry keys.
+const std::wstring domainUpgradeCode = L"0BDF6771E3ECA1640AC4C7C47EF5420D";
+const std::wstring domainProbeProduct = L"BE20F604F5A4C4344902B1939080F390";
+const std::wstring machineUpgradeCodes = L"Software\\Classes\\Installer\\UpgradeCodes\\";
+const std::wstring userUpgradeCodes = L"Software\\Microsoft\\Installer\\UpgradeCodes\\";
+const std::wstring machineProducts = L"Software\\Classes\\Installer\\Products\\";
+const std::wstring userProducts = L"Software\\Microsoft\\Installer\\Products\\";
+const std::wstring uninstallEntries = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
+
+std::string narrow(const std::wstring& text)
+{
+    return std::string(text.begin(), text.end());
+}
 
 class InstallTest : public ::testing::Test
 {
 protected:
+    void removeIfInstalled(const std::wstring& package)
+    {
+        if (isInstalled(package))
+            uninstallQuietly(package);
+    }
+
     void startClean(const std::wstring& package, const std::wstring& key)
     {
-        uninstallQuietly(package);
+        removeIfInstalled(package);
         deleteRegistryTree(HKEY_CURRENT_USER, key);
+    }
+
+    // Neither the probe nor an earlier product of its upgrade code installed.
+    void startDomainClean()
+    {
+        startClean(testPackage(L"domain-probe.msi"), domainKey);
+        removeIfInstalled(testPackage(L"domain-earlier-machine.msi"));
+        removeIfInstalled(testPackage(L"domain-earlier-user.msi"));
+    }
+
+    void deleteEncaseFlags()
+    {
+        deleteRegistryTree(HKEY_LOCAL_MACHINE, L"Software\\Guidance Software", KEY_WOW64_32KEY);
+        deleteRegistryTree(HKEY_LOCAL_MACHINE, L"Software\\Guidance Software", KEY_WOW64_64KEY);
     }
 };
 
 }  // namespace
 
-TEST_F(InstallTest, TheDemoPackageRecordsTheTimeThatSetPropertiesHandedOver)
+// The demo package runs every registry action too. Its custom-action host is a 32-bit
+// program, so SetEncaseKorvalinFlag resets the flag that 32-bit programs see and leaves
+// the 64-bit view's alone.
+TEST_F(InstallTest, TheDemoPackageRecordsTheTimeAndResetsTheEncaseFlagOf32BitPrograms)
 {
     const std::wstring package = testPackage(L"demo.msi");
     startClean(package, demoKey);
+    deleteEncaseFlags();
+    writeRegistryDword(HKEY_LOCAL_MACHINE, encaseKey, L"CheckKorvalin", 2, KEY_WOW64_32KEY);
+    writeRegistryDword(HKEY_LOCAL_MACHINE, encaseKey, L"CheckKorvalin", 1, KEY_WOW64_64KEY);
     const uint64_t before = nowInMilliseconds();
     EXPECT_EQ(0u, installQuietly(package));
     const uint64_t after = nowInMilliseconds();
@@ -42,8 +86,15 @@ TEST_F(InstallTest, TheDemoPackageRecordsTheTimeThatSetPropertiesHandedOver)
     EXPECT_LE(before, stamp);
     EXPECT_GE(after, stamp);
 
+    DWORD flag = 99;
+    EXPECT_TRUE(readRegistryDword(HKEY_LOCAL_MACHINE, encaseKey, L"CheckKorvalin", flag, KEY_WOW64_32KEY));
+    EXPECT_EQ(0u, flag);
+    EXPECT_TRUE(readRegistryDword(HKEY_LOCAL_MACHINE, encaseKey, L"CheckKorvalin", flag, KEY_WOW64_64KEY));
+    EXPECT_EQ(1u, flag);
+
     EXPECT_EQ(0u, uninstallQuietly(package));
     EXPECT_FALSE(readRegistryString(HKEY_CURRENT_USER, demoKey, L"CURRENTTIMEMS", value));
+    deleteEncaseFlags();
 }
 
 // An exception that no handler takes ends the custom-action host in the terminate
@@ -71,4 +122,118 @@ TEST_F(InstallTest, AnUncaughtExceptionFailsTheActionAsItsReturnAttributeSays)
             << std::string(package.begin(), package.end());
         uninstallQuietly(package);
     }
+}
+
+// Wine's engine registers the upgrade code of a per-machine product under
+// HKLM\Software\Classes\Installer\UpgradeCodes in the 64-bit view, and of a
+// per-user product under HKCU\Software\Microsoft\Installer\UpgradeCodes: the two lists
+// SetDomain reads. The probe, a later per-user product of the same upgrade code with no
+// Upgrade table, leaves the earlier product registered; SetDomain runs first in its
+// execute sequence, and the probe records both properties as they are afterwards. The
+// engine sets neither of them for a per-user package: without an earlier product both
+// stay empty. The probe is registered per user even where SetDomain set ALLUSERS to
+// "1": Wine's engine has fixed the installation's context before the execute sequence.
+TEST_F(InstallTest, SetDomainFindsTheEarlierProductWhereTheEngineRegisteredIt)
+{
+    struct Row {
+        const wchar_t* earlier;  // installed before the probe; null for none
+        bool inMachineList;
+        bool inUserList;
+        const wchar_t* allUsers;
+        const wchar_t* allUsersDisabled;
+    };
+    const Row rows[] = {
+        {L"domain-earlier-machine.msi", true, false, L"1", L"yes"},
+        {L"domain-earlier-user.msi", false, true, L"", L"yes"},
+        {nullptr, false, false, L"", L""},
+    };
+    const std::wstring probe = testPackage(L"domain-probe.msi");
+    for (const Row& row : rows) {
+        const std::string name = row.earlier ? narrow(row.earlier) : "no earlier product";
+        startDomainClean();
+        if (row.earlier) {
+            ASSERT_EQ(0u, installQuietly(testPackage(row.earlier))) << name;
+        }
+        const std::wstring machineList = machineUpgradeCodes + domainUpgradeCode;
+        EXPECT_EQ(row.inMachineList, registryKeyExists(HKEY_LOCAL_MACHINE, machineList, KEY_WOW64_64KEY)) << name;
+        EXPECT_EQ(row.inUserList, registryKeyExists(HKEY_CURRENT_USER, userUpgradeCodes + domainUpgradeCode)) << name;
+
+        EXPECT_EQ(0u, installQuietly(probe)) << name;
+        std::wstring allUsers;
+        std::wstring allUsersDisabled;
+        ASSERT_TRUE(readRegistryString(HKEY_CURRENT_USER, domainKey, L"ALLUSERS", allUsers))
+            << name << ": the probe recorded nothing";
+        ASSERT_TRUE(readRegistryString(HKEY_CURRENT_USER, domainKey, L"AllUsersDisabled", allUsersDisabled)) << name;
+        EXPECT_EQ(row.allUsers, allUsers) << name;
+        EXPECT_EQ(row.allUsersDisabled, allUsersDisabled) << name;
+        EXPECT_TRUE(registryKeyExists(HKEY_CURRENT_USER, userProducts + domainProbeProduct)) << name;
+        EXPECT_FALSE(registryKeyExists(HKEY_LOCAL_MACHINE, machineProducts + domainProbeProduct, KEY_WOW64_64KEY))
+            << name;
+
+        EXPECT_EQ(0u, uninstallQuietly(probe)) << name;
+        if (row.earlier) {
+            EXPECT_EQ(0u, uninstallQuietly(testPackage(row.earlier))) << name;
+        }
+    }
+}
+
+// A malformed upgrade code (here one cut short) ends SetDomain with an exception no
+// handler takes; WixKorvalin.wxi schedules it with Return="check", so the installation
+// rolls back before the probe writes or registers anything.
+TEST_F(InstallTest, SetDomainWithAMalformedUpgradeCodeFailsTheInstallation)
+{
+    const std::wstring probe = testPackage(L"domain-probe.msi");
+    startDomainClean();
+    EXPECT_EQ(DWORD(ERROR_INSTALL_FAILURE), installQuietly(probe, L"GIVENUPGRADECODE=1776FDB0-CE3E-461A-A04C"));
+    EXPECT_FALSE(registryKeyExists(HKEY_CURRENT_USER, domainKey));
+    EXPECT_FALSE(registryKeyExists(HKEY_CURRENT_USER, userProducts + domainProbeProduct));
+}
+
+// Wine's engine writes the product's registration when InstallFinalize runs the
+// installation script. The uninstall entry of a 32-bit package goes to
+// HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\<ProductCode> in the 32-bit
+// view (Wow6432Node), with an "EstimatedSize" of the engine's own: 0 for this package,
+// which has no files. SetApplicationSize after InstallFinalize overwrites it with the
+// size; a size too large for 32 bits leaves the engine's. The action runs again on
+// removal, after the engine has deleted the entry, and does not bring it back.
+TEST_F(InstallTest, SetApplicationSizeAfterInstallFinalizeWritesTheSizeIntoThe32BitUninstallEntry)
+{
+    struct Row {
+        const wchar_t* properties;
+        DWORD estimatedSize;
+    };
+    const Row rows[] = {
+        {L"", 12345},  // the Property table's
+        {L"GIVENSIZE=4294967296", 0},
+    };
+    const std::wstring package = testPackage(L"size-after-finalize.msi");
+    const std::wstring entry = uninstallEntries + productCodeOf(package);
+    for (const Row& row : rows) {
+        const std::string name = row.properties[0] ? narrow(row.properties) : "ApplicationSize=12345";
+        removeIfInstalled(package);
+        EXPECT_EQ(0u, installQuietly(package, row.properties)) << name;
+        EXPECT_FALSE(registryKeyExists(HKEY_LOCAL_MACHINE, entry, KEY_WOW64_64KEY)) << name;
+        DWORD size = 99;
+        EXPECT_TRUE(readRegistryDword(HKEY_LOCAL_MACHINE, entry, L"EstimatedSize", size, KEY_WOW64_32KEY))
+            << name << ": no REG_DWORD in the 32-bit view's entry";
+        EXPECT_EQ(row.estimatedSize, size) << name;
+
+        EXPECT_EQ(0u, uninstallQuietly(package)) << name;
+        EXPECT_FALSE(registryKeyExists(HKEY_LOCAL_MACHINE, entry, KEY_WOW64_32KEY)) << name;
+    }
+}
+
+// Before InstallFinalize, even after RegisterProduct and PublishProduct in the sequence,
+// the entry does not exist yet, and InstallFinalize writes it afterwards: the size never
+// reaches it.
+TEST_F(InstallTest, SetApplicationSizeBeforeInstallFinalizeLeavesTheEnginesSize)
+{
+    const std::wstring package = testPackage(L"size-before-finalize.msi");
+    const std::wstring entry = uninstallEntries + productCodeOf(package);
+    removeIfInstalled(package);
+    EXPECT_EQ(0u, installQuietly(package));
+    DWORD size = 99;
+    EXPECT_TRUE(readRegistryDword(HKEY_LOCAL_MACHINE, entry, L"EstimatedSize", size, KEY_WOW64_32KEY));
+    EXPECT_EQ(0u, size);
+    EXPECT_EQ(0u, uninstallQuietly(package));
 }

@@ -2,6 +2,8 @@
 
 #include "ActionLibrary.h"
 
+#include <msiquery.h>
+
 #include <stdexcept>
 #include <vector>
 
@@ -19,7 +21,8 @@ DWORD runMsiexec(const std::wstring& arguments)
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
     if (!CreateProcessW(nullptr, writable.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
-        throw std::runtime_error("msiexec could not be started: " + std::to_string(GetLastError()));
+        throw std::runtime_error("msiexec could not be started (error " + std::to_string(GetLastError()) +
+                                 "): msiexec " + std::string(arguments.begin(), arguments.end()));
     WaitForSingleObject(process.hProcess, INFINITE);
     DWORD exitCode = 0;
     GetExitCodeProcess(process.hProcess, &exitCode);
@@ -28,14 +31,35 @@ DWORD runMsiexec(const std::wstring& arguments)
     return exitCode;
 }
 
-DWORD installQuietly(const std::wstring& package)
+DWORD installQuietly(const std::wstring& package, const std::wstring& properties)
 {
-    return runMsiexec(L"/i \"" + package + L"\" /qn /l*v \"" + package + L".install.log\"");
+    return runMsiexec(L"/i \"" + package + L"\" /qn /l*v \"" + package + L".install.log\" " + properties);
 }
 
 DWORD uninstallQuietly(const std::wstring& package)
 {
     return runMsiexec(L"/x \"" + package + L"\" /qn /l*v \"" + package + L".uninstall.log\"");
+}
+
+std::wstring productCodeOf(const std::wstring& package)
+{
+    PMSIHANDLE database;
+    PMSIHANDLE view;
+    PMSIHANDLE record;
+    wchar_t code[39] = {};
+    DWORD length = 39;
+    if (MsiOpenDatabaseW(package.c_str(), reinterpret_cast<LPCWSTR>(MSIDBOPEN_READONLY), &database) != ERROR_SUCCESS ||
+        MsiDatabaseOpenViewW(database, L"SELECT `Value` FROM `Property` WHERE `Property` = 'ProductCode'", &view) !=
+            ERROR_SUCCESS ||
+        MsiViewExecute(view, 0) != ERROR_SUCCESS || MsiViewFetch(view, &record) != ERROR_SUCCESS ||
+        MsiRecordGetStringW(record, 1, code, &length) != ERROR_SUCCESS)
+        throw std::runtime_error("the package's ProductCode could not be read");
+    return code;
+}
+
+bool isInstalled(const std::wstring& package)
+{
+    return MsiQueryProductStateW(productCodeOf(package).c_str()) != INSTALLSTATE_UNKNOWN;
 }
 
 bool readRegistryString(HKEY root, const std::wstring& key, const std::wstring& name, std::wstring& value,
@@ -54,6 +78,44 @@ bool readRegistryString(HKEY root, const std::wstring& key, const std::wstring& 
     if (result != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ))
         return false;
     value.assign(text.data());
+    return true;
+}
+
+bool readRegistryDword(HKEY root, const std::wstring& key, const std::wstring& name, DWORD& value, REGSAM view)
+{
+    HKEY opened = nullptr;
+    if (RegOpenKeyExW(root, key.c_str(), 0, KEY_QUERY_VALUE | view, &opened) != ERROR_SUCCESS)
+        return false;
+    DWORD type = 0;
+    DWORD data = 0;
+    DWORD size = sizeof data;
+    const LONG result = RegQueryValueExW(opened, name.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(&data), &size);
+    RegCloseKey(opened);
+    if (result != ERROR_SUCCESS || type != REG_DWORD || size != sizeof data)
+        return false;
+    value = data;
+    return true;
+}
+
+void writeRegistryDword(HKEY root, const std::wstring& key, const std::wstring& name, DWORD value, REGSAM view)
+{
+    HKEY created = nullptr;
+    LONG result = RegCreateKeyExW(root, key.c_str(), 0, nullptr, 0, KEY_SET_VALUE | view, nullptr, &created, nullptr);
+    if (result == ERROR_SUCCESS) {
+        result = RegSetValueExW(created, name.c_str(), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value),
+                                sizeof value);
+        RegCloseKey(created);
+    }
+    if (result != ERROR_SUCCESS)
+        throw std::runtime_error("registry value could not be written: " + std::to_string(result));
+}
+
+bool registryKeyExists(HKEY root, const std::wstring& key, REGSAM view)
+{
+    HKEY opened = nullptr;
+    if (RegOpenKeyExW(root, key.c_str(), 0, KEY_QUERY_VALUE | view, &opened) != ERROR_SUCCESS)
+        return false;
+    RegCloseKey(opened);
     return true;
 }
 

@@ -10,12 +10,25 @@
 std::wstring testPackage(const wchar_t* fileName);
 // Runs "msiexec <arguments>" and returns its exit code.
 DWORD runMsiexec(const std::wstring& arguments);
-// Quiet install and uninstall with a verbose log beside the package.
-DWORD installQuietly(const std::wstring& package);
+// Quiet install and uninstall with a verbose log beside the package. properties go on
+// the command line ("NAME=value ..."); the engine takes their names in upper case.
+DWORD installQuietly(const std::wstring& package, const std::wstring& properties = L"");
 DWORD uninstallQuietly(const std::wstring& package);
+// The package's ProductCode, from its Property table.
+std::wstring productCodeOf(const std::wstring& package);
+// Whether the engine knows the package's product in any state: what msiexec /x would
+// remove. Cheaper than an msiexec run that finds nothing to do.
+bool isInstalled(const std::wstring& package);
 
 // A string value, or false when the key or the value is missing. view is 0,
 // KEY_WOW64_32KEY or KEY_WOW64_64KEY.
 bool readRegistryString(HKEY root, const std::wstring& key, const std::wstring& name, std::wstring& value,
                         REGSAM view = 0);
+// A REG_DWORD value, or false when the key or the value is missing or of another type.
+bool readRegistryDword(HKEY root, const std::wstring& key, const std::wstring& name, DWORD& value,
+                       REGSAM view = 0);
+// Creates the key where needed.
+void writeRegistryDword(HKEY root, const std::wstring& key, const std::wstring& name, DWORD value,
+                        REGSAM view = 0);
+bool registryKeyExists(HKEY root, const std::wstring& key, REGSAM view = 0);
 void deleteRegistryTree(HKEY root, const std::wstring& key, REGSAM view = 0);
