@@ -70,15 +70,6 @@ TEST(fw_bufferTest, ResizeKeepsBytesAndAddsZeros)
     EXPECT_TRUE(shared.empty());
     EXPECT_EQ(0u, shared.capacity());
 
-    // Growing bit by bit keeps every byte.
-    fw_buffer grown;
-    for (uint32_t i = 0; i < 300; ++i) {
-        const uint8_t byte = uint8_t(i);
-        grown.append(&byte, 1);
-    }
-    ASSERT_EQ(300u, grown.size());
-    for (uint32_t i = 0; i < 300; ++i)
-        ASSERT_EQ(uint8_t(i), grown.data()[i]) << i;
-    expectThrown<fw_exception_assert>([&] { grown.append(bytes, 0xFFFFFFF0u); });
-    EXPECT_EQ(300u, grown.size());
+    expectThrown<fw_exception_assert>([&] { a.append(bytes, 0xFFFFFFF0u); });
+    EXPECT_EQ(2u, a.size());
 }

@@ -109,14 +109,3 @@ TEST_F(fw_hash_tableTest, TheHashReadsBytesAsUnsigned)
     EXPECT_EQ(1u, table.at(table.find("Aa")).value);
     EXPECT_EQ(2u, table.at(table.find("B@")).value);
 }
-
-TEST_F(fw_hash_tableTest, ValuesOfAnyType)
-{
-    fw_hash_table<fw_string> table;
-    EXPECT_EQ(0u, table.capacity_count() % fw_hash_table<fw_string>::entriesPerChunk);
-    EXPECT_EQ(8160u / sizeof(fw_hash_table<fw_string>::entry), fw_hash_table<fw_string>::entriesPerChunk);
-    for (uint32_t i = 0; i < 2000; ++i)
-        table.set(key(i), fw_string(key(i)));
-    for (uint32_t i = 0; i < 2000; ++i)
-        ASSERT_STREQ(key(i), table.at(table.find(key(i))).value.c_str());
-}
