@@ -1,5 +1,8 @@
 #include "fw/fw_string.h"
 
+#include "fw/fw_assert.h"
+#include "fw/fw_block_size.h"
+
 #include <windows.h>
 #include <cstring>
 #include <new>
@@ -23,11 +26,8 @@ bool is_blank(char c)
 
 uint32_t fw_string::block_size_for(uint32_t capacity)
 {
-    const uint32_t t = capacity + 5;
-    if (t <= 32)
-        return 32;
-    const uint32_t r = t % 64;
-    return r <= 32 ? t - r + 32 : t - r + 96;
+    // Four bytes of reference count and one of terminator.
+    return fw_block_size(capacity + 5);
 }
 
 fw_string::fw_string() : block(nullptr), capacityField(0) {}
@@ -48,6 +48,20 @@ fw_string::fw_string(const char* text, uint32_t length) : fw_string()
     assign(text, length);
 }
 
+fw_string::fw_string(uint32_t capacity) : fw_string()
+{
+    reserve(capacity, false);
+}
+
+fw_string::fw_string(char c, uint32_t count) : fw_string()
+{
+    if (c == 0 || count == 0)
+        return;
+    reserve(count, false);
+    std::memset(block->text, c, count);
+    block->text[count] = 0;
+}
+
 fw_string::~fw_string()
 {
     release();
@@ -59,6 +73,16 @@ void fw_string::release()
         ::operator delete(block);
     block = nullptr;
     capacityField = 0;
+}
+
+// True when `text` points into this string's block, header included.
+bool fw_string::holds(const char* text) const
+{
+    if (!block)
+        return false;
+    const uintptr_t at = reinterpret_cast<uintptr_t>(text);
+    const uintptr_t start = reinterpret_cast<uintptr_t>(block);
+    return at >= start && at <= reinterpret_cast<uintptr_t>(block->text) + capacityField;
 }
 
 fw_string& fw_string::operator=(const fw_string& other)
@@ -113,6 +137,7 @@ uint32_t fw_string::length() const
 
 void fw_string::reserve(uint32_t n, bool keepText)
 {
+    FW_ASSERT(n <= fw_block_capacity_limit);
     const uint32_t size = block_size_for(n);
     const uint32_t newCapacity = size - 5;
     if (block && newCapacity <= capacityField && block->refCount < 2)
@@ -139,6 +164,8 @@ void fw_string::append(const char* text, uint32_t length)
 {
     if (!text)
         return;
+    // Text that starts in the reference count is a pointer gone wrong, not text.
+    FW_ASSERT(!holds(text) || text >= block->text);
     if (length == 0)
         length = static_cast<uint32_t>(std::strlen(text));
     else if (const char* end = static_cast<const char*>(std::memchr(text, 0, length)))
@@ -146,9 +173,8 @@ void fw_string::append(const char* text, uint32_t length)
     if (length == 0)
         return;
     // Text from our own block: remember its offset, since reserve may move the block.
-    const char* base = block ? block->text : nullptr;
-    const bool inside = base && text >= base && text < base + capacityField + 1;
-    const uint32_t offset = inside ? static_cast<uint32_t>(text - base) : 0;
+    const bool inside = holds(text);
+    const uint32_t offset = inside ? static_cast<uint32_t>(text - block->text) : 0;
     fw_string keep;  // keeps the old block alive while we copy out of it
     if (inside)
         keep = *this;
@@ -165,6 +191,122 @@ void fw_string::append(char c)
         return;
     const char text[2] = {c, 0};
     append(text, 1);
+}
+
+void fw_string::insert(const char* text, uint32_t position)
+{
+    const uint32_t old = length();
+    FW_ASSERT(position <= old);
+    if (!text || text[0] == 0)
+        return;
+    const uint32_t added = static_cast<uint32_t>(std::strlen(text));
+    if (block && block->refCount < 2 && old + added <= capacityField && !holds(text)) {
+        std::memmove(block->text + position + added, block->text + position, old - position + 1);
+        std::memcpy(block->text + position, text, added);
+        return;
+    }
+    // A shared block, too little room, or text out of our own block: build anew, and
+    // let the old block go only when everything has been copied out of it.
+    fw_string fresh;
+    fresh.reserve(old + added, false);
+    std::memcpy(fresh.block->text, c_str(), position);
+    std::memcpy(fresh.block->text + position, text, added);
+    std::memcpy(fresh.block->text + position + added, c_str() + position, old - position + 1);
+    *this = fresh;
+}
+
+fw_string fw_string::substr(uint32_t from, uint32_t to) const
+{
+    FW_ASSERT(from <= to);
+    FW_ASSERT(to <= length());
+    return fw_string(c_str() + from, to - from);
+}
+
+fw_string fw_string::reversed() const
+{
+    const uint32_t n = length();
+    if (n == 0)
+        return fw_string();
+    fw_string result;
+    result.reserve(n, false);
+    const char* text = c_str();
+    for (uint32_t i = 0; i < n; ++i)
+        result.block->text[i] = text[n - 1 - i];
+    result.block->text[n] = 0;
+    return result;
+}
+
+int32_t fw_string::find(const char* text, uint32_t from) const
+{
+    const uint32_t n = length();
+    FW_ASSERT(from <= n);
+    if (from == n || !text || text[0] == 0)
+        return -1;
+    const char* hit = std::strstr(c_str() + from, text);
+    return hit ? static_cast<int32_t>(hit - c_str()) : -1;
+}
+
+int32_t fw_string::find(char c, uint32_t from) const
+{
+    const uint32_t n = length();
+    FW_ASSERT(from <= n);
+    if (from == n || c == 0)
+        return -1;
+    const char* hit = std::strchr(c_str() + from, c);
+    return hit ? static_cast<int32_t>(hit - c_str()) : -1;
+}
+
+uint32_t fw_string::replace(const char* from, const char* to, uint32_t start)
+{
+    FW_ASSERT(from && from[0]);
+    const uint32_t n = length();
+    FW_ASSERT(start <= n);
+    const char* text = c_str();
+    const char* hit = std::strstr(text + start, from);
+    if (!hit)
+        return 0;
+    if (!to)
+        to = "";
+    const uint32_t fromLength = static_cast<uint32_t>(std::strlen(from));
+    const uint32_t toLength = static_cast<uint32_t>(std::strlen(to));
+    // One pass into a new string: `from` and `to` may lie in our own block, which
+    // stays alive until the result replaces it.
+    fw_string result;
+    result.reserve(n, false);
+    const char* rest = text;
+    uint32_t count = 0;
+    for (; hit; hit = std::strstr(rest, from)) {
+        if (hit > rest)
+            result.append(rest, static_cast<uint32_t>(hit - rest));
+        if (toLength)
+            result.append(to, toLength);
+        rest = hit + fromLength;
+        ++count;
+    }
+    if (*rest)
+        result.append(rest);
+    *this = result;
+    return count;
+}
+
+uint32_t fw_string::replace(char from, char to, uint32_t start)
+{
+    FW_ASSERT(from != 0 && to != 0);
+    const uint32_t n = length();
+    FW_ASSERT(start <= n);
+    const char* hit = std::strchr(c_str() + start, from);
+    if (!hit)
+        return 0;
+    const uint32_t first = static_cast<uint32_t>(hit - c_str());
+    char* text = writable();
+    uint32_t count = 0;
+    for (uint32_t i = first; i < n; ++i) {
+        if (text[i] == from) {
+            text[i] = to;
+            ++count;
+        }
+    }
+    return count;
 }
 
 void fw_string::trim_left()
@@ -191,6 +333,56 @@ void fw_string::trim_right()
     writable()[keep] = 0;
 }
 
+char fw_string::operator[](uint32_t position) const
+{
+    FW_ASSERT(position <= capacityField);
+    return c_str()[position];
+}
+
+char& fw_string::operator[](uint32_t position)
+{
+    FW_ASSERT(position <= capacityField);
+    return writable()[position];
+}
+
+fw_string fw_string::split_first(char c)
+{
+    const char* text = c_str();
+    const char* hit = c ? std::strchr(text, c) : nullptr;
+    if (!hit) {
+        fw_string whole(*this);
+        release();
+        return whole;
+    }
+    fw_string head(text, static_cast<uint32_t>(hit - text));
+    assign(hit + 1);
+    return head;
+}
+
+fw_string fw_string::split_first_of(const char* characters)
+{
+    const char* text = c_str();
+    const char* hit = characters && characters[0] ? std::strpbrk(text, characters) : nullptr;
+    if (!hit) {
+        fw_string whole(*this);
+        release();
+        return whole;
+    }
+    fw_string head(text, static_cast<uint32_t>(hit - text));
+    assign(hit + 1);
+    return head;
+}
+
+uint32_t fw_string::count_tail_without(const char* characters) const
+{
+    const char* text = c_str();
+    const uint32_t n = length();
+    uint32_t i = n;
+    while (i > 0 && !(characters && std::strchr(characters, text[i - 1])))
+        --i;
+    return n - i;
+}
+
 bool fw_string::operator==(const char* text) const
 {
     if (!text)
@@ -214,4 +406,18 @@ fw_string operator+(const fw_string& a, const fw_string& b)
 fw_string operator+(const fw_string& a, const char* b)
 {
     return a + fw_string(b);
+}
+
+fw_string operator+(const char* a, const fw_string& b)
+{
+    return fw_string(a) + b;
+}
+
+fw_string base_name(const fw_string& path)
+{
+    const uint32_t n = path.length();
+    const uint32_t tail = path.count_tail_without("/\\");
+    if (tail == n)
+        return path;
+    return path.substr(n - tail, n);
 }

@@ -4,7 +4,9 @@
 //
 // While the returned object lives it is the thread's current exception, and the next
 // Framework exception built adopts it as its cause and deletes it with itself: let
-// the pointer go (end its scope) before the next expected throw.
+// the pointer go (end its scope) before the next expected throw. An FW exception that
+// went through fw_raise is likewise the thread's current FW exception until it is
+// deleted; it takes nothing with it.
 #pragma once
 #include "fw/fw_exception.h"
 

@@ -1,0 +1,54 @@
+// The road of an FW exception from its making to its throw, and the end of the
+// process when a failure strikes while another one is being thrown.
+//
+// Each thread has a current-exception slot: the FW exception last raised on it. The
+// slot is a platform TLS index kept in fw_tls_slot (-1 while there is none). It is
+// allocated the first time an exception is stored, or earlier by fw_tls_slot_acquire,
+// and given back by fw_tls_slot_release; reading or clearing an unallocated slot
+// gives null and does nothing. A new index reads null on every thread. Deleting an
+// exception that the slot holds empties the slot, so it never points at a freed object.
+//
+//   fw_exception_assert* e = new fw_exception_assert(...);
+//   fw_raise(e);            // records e, or ends the process (below)
+//   throw e;
+//
+// fw_raise during unwinding (a destructor that fails while an exception is in
+// flight) does not return: the two exceptions go to fw_report_fatal and the process
+// ends with exit code 1 at once, without running anyone's clean-up.
+//
+// fw_report_fatal first makes any further fault end the process quietly (an
+// unhandled-exception filter that runs the handler), then hands the two exceptions to
+// the fatal report set with fw_set_fatal_report, under a handler that swallows
+// everything, so the report cannot raise a third failure out of itself. The layer
+// sets no report of its own at present: without one the exceptions are left as they
+// are, nothing is shown or written, and the process ends right after.
+#pragma once
+#include "fw/fw_exception.h"
+
+// The TLS index of the current-exception slot, -1 when none is allocated.
+extern volatile long fw_tls_slot;
+
+// Allocates the slot if there is none; false if the platform has no index to give.
+bool fw_tls_slot_acquire();
+// Frees the slot; the exceptions it held are not touched.
+void fw_tls_slot_release();
+
+// This thread's current exception, or null.
+fw_exception* fw_current_exception();
+// Stores the exception (null empties the slot); allocates the slot if needed. If no
+// slot can be had the exception is not recorded: the thread then has none.
+void fw_set_current_exception(fw_exception* exception);
+// Empties the slot. A handler that is done with an FW exception calls this before it
+// deletes the object (deleting it empties the slot as well).
+void fw_clear_current();
+
+// The step before every throw of the FW family; see above.
+void fw_raise(fw_exception* exception);
+
+// `first` is the exception being handled, `second` the one on top of it; they may be
+// the same object. A report owns them, and must delete a shared one once.
+void fw_report_fatal(fw_exception* first, fw_exception* second);
+
+using fw_fatal_report = void (*)(fw_exception* first, fw_exception* second);
+// Null sets none. Returns the report set before.
+fw_fatal_report fw_set_fatal_report(fw_fatal_report report);
