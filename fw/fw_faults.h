@@ -23,7 +23,8 @@
 //   with frame pointers. Without the first the compiler assumes that only calls
 //   throw, and a fault inside a function with clean-ups or handlers ends in
 //   terminate; without the second the dump misses frames. The layer is built so,
-//   and passes both options on to everything that links it.
+//   and passes both options on to everything that links it. The C++ runtime linked
+//   into the module is not: a fault inside its code may end in terminate.
 // - Only faults whose instruction lies in this module are translated. A fault inside
 //   another module (a system DLL, a mail client) is left to that module's own
 //   handlers and takes its ordinary course, unless the call into that module runs

@@ -23,9 +23,10 @@
 // back as the faulting code left them.)
 //
 // What a caller must know:
-// - The other module's frames between the landing and the fault are abandoned:
-//   their clean-up does not run, and the module may be left holding locks or half
-//   made state. Treat the other module as broken after a fault.
+// - The frames between the landing and the fault are abandoned: their clean-up does
+//   not run, and the other module may be left holding locks or half made state.
+//   Treat it as broken after a fault. The callable's own frame is among them, so
+//   keep it to the bare call: objects made inside it would not be destroyed.
 // - Only faults are caught so, and only while the translation is on (the layer up,
 //   on a system where fw_os_kind_translates); otherwise the fault takes its ordinary
 //   course. Software exceptions of the other module pass untouched.

@@ -361,6 +361,8 @@ TEST(fw_faultsDeathTest, OnANewerSystemNoHandlerIsRegisteredAndAFaultTakesItsOrd
     appDefaults.setText(L"Version", L"win10");
     EXPECT_EXIT(
         {
+            // The fault ends the process with its code, without starting the debugger.
+            SetErrorMode(SEM_NOGPFAULTERRORBOX);
             fw_library layer;
             std::fprintf(stderr, "kind %d, handler %s\n", fw_os_kind(),
                          fw_fault_handler_on || fw_fault_handler || fw_kernel_module ? "registered" : "none");

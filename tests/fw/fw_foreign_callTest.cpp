@@ -228,6 +228,8 @@ TEST(fw_foreign_callDeathTest, OutsideALandingOrTheLayerAForeignFaultTakesItsOrd
 {
     EXPECT_EXIT(
         {
+            // The fault ends the process with its code, without starting the debugger.
+            SetErrorMode(SEM_NOGPFAULTERRORBOX);
             fw_library layer;
             ForeignProbe probe;
             try {
@@ -240,6 +242,7 @@ TEST(fw_foreign_callDeathTest, OutsideALandingOrTheLayerAForeignFaultTakesItsOrd
         ::testing::ExitedWithCode(int(EXCEPTION_ACCESS_VIOLATION)), "");
     EXPECT_EXIT(
         {
+            SetErrorMode(SEM_NOGPFAULTERRORBOX);
             ForeignProbe probe;
             try {
                 fw_foreign_call([&probe] { return probe.read(nullptr); });
