@@ -31,8 +31,8 @@
 //   on a system where fw_os_kind_translates); otherwise the fault takes its ordinary
 //   course. Software exceptions of the other module pass untouched.
 // - A fault that the other module handles itself (its own __try, or a system call
-//   that probes memory under a handler) stays with it: the record is the last
-//   handler asked before the landing.
+//   that probes memory under a handler) stays with it: the landing's record is
+//   asked only after the module's own handlers have declined.
 // - A callback of this module that the other module calls runs in front of the other
 //   module's frames. No exception may leave it (catch inside the callback); a fault
 //   in it is a fault of this module and is thrown in the callback. A callback may
