@@ -34,7 +34,12 @@ function(korvalin_add_wine_test)
     if(NOT T_TIMEOUT)
         set(T_TIMEOUT 600)
     endif()
+    # A program that Wine ends abnormally (a crash inside Wine's own exception
+    # handling) can leave exit status 0: the test passes only when GoogleTest
+    # reached its summary without a failure.
     set_tests_properties(${T_NAME} PROPERTIES
+        PASS_REGULAR_EXPRESSION "\\[  PASSED  \\] [0-9]+ test"
+        FAIL_REGULAR_EXPRESSION "\\[  FAILED  \\]"
         FIXTURES_REQUIRED wine_prefix
         RESOURCE_LOCK wineprefix
         TIMEOUT ${T_TIMEOUT}

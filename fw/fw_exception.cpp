@@ -55,7 +55,9 @@ fw_string fw_exception::details() const
 const char* fw_exception::what()
 {
     if (whatText.empty()) {
-        whatText = fw_product_name() + " Error";
+        // The product name exists only while the layer is up; an exception outlives
+        // it (the terminate handler may ask after the teardown) and then has none.
+        whatText = (fw_initialized ? fw_product_name() : fw_string()) + " Error";
         whatText.trim_left();
         whatText.trim_right();
     }

@@ -35,8 +35,9 @@ public:
     virtual fw_string message() const;
     virtual const char* title() const;
     virtual fw_string details() const;
-    // "<product> Error" with blanks cut at both ends; built on the first call and
-    // good for the life of the object.
+    // "<product> Error" with blanks cut at both ends, "Error" when the product has no
+    // name or the layer is down; built on the first call and good for the life of
+    // the object. Callable with the layer down.
     virtual const char* what();
     // Replaces the stack dump, unless it is the very same text block.
     virtual void setDetails(const fw_string& text);

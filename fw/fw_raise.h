@@ -2,10 +2,12 @@
 // process when a failure strikes while another one is being thrown.
 //
 // Each thread has a current-exception slot: the FW exception last raised on it. The
-// slot is a platform TLS index kept in fw_tls_slot (-1 while there is none). It is
-// allocated the first time an exception is stored, or earlier by fw_tls_slot_acquire,
-// and given back by fw_tls_slot_release; reading or clearing an unallocated slot
-// gives null and does nothing. A new index reads null on every thread. Deleting an
+// slot is a platform TLS index kept in fw_tls_slot (-1 while there is none). The
+// layer's bring-up allocates it (fw_tls_slot_acquire, from fw_faults_start) and its
+// teardown gives it back (fw_tls_slot_release), so the exceptions recorded during one
+// action call are forgotten after it; outside the layer it is allocated the first
+// time an exception is stored. Reading or clearing an unallocated slot gives null and
+// does nothing. A new index reads null on every thread. Deleting an
 // exception that the slot holds empties the slot, so it never points at a freed object.
 //
 //   fw_exception_assert* e = new fw_exception_assert(...);

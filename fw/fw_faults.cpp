@@ -1,0 +1,206 @@
+#include "fw/fw_faults.h"
+
+#include "fw/fw_format.h"
+#include "fw/fw_os_kind.h"
+#include "fw/fw_raise.h"
+#include "fw/fw_site_tag.h"
+#include "fw/fw_stack_dump.h"
+
+#include <windows.h>
+
+#include <memory>
+
+bool fw_fault_handler_on = false;
+void* fw_fault_handler = nullptr;
+void* fw_kernel_module = nullptr;
+fw_add_handler_function fw_add_handler = nullptr;
+fw_remove_handler_function fw_remove_handler = nullptr;
+
+// The start of this module's image, from the linker.
+extern "C" IMAGE_DOS_HEADER __ImageBase;
+
+extern "C" {
+// Where the handler sends the faulting thread: pushes the fault's return address and
+// jumps to fw_fault_raise (below). The registers carry the fault: eax the row, edx
+// the address, ecx the faulting instruction.
+void fw_fault_entry();
+[[noreturn]] __attribute__((regparm(3), used)) void fw_fault_raise(uint32_t row, uint32_t address, uint32_t eip);
+}
+
+// The return address is one past the faulting instruction's first byte: the unwinder
+// looks at the byte before a return address to find the instruction that "called",
+// and so finds the faulting instruction itself, inside the handler region that
+// covers it (an instruction that starts such a region would be missed otherwise).
+__asm__(".text\n"
+        ".globl _fw_fault_entry\n"
+        "_fw_fault_entry:\n"
+        "    pushl %ecx\n"
+        "    addl $1, (%esp)\n"
+        "    jmp _fw_fault_raise\n");
+
+namespace {
+
+const uint32_t accessViolation = 0xC0000005;
+const uint32_t breakpoint = 0x80000003;
+const uint32_t unwinding = 0xC0000027;
+
+struct fault_row
+{
+    uint32_t code;
+    const char* text;
+};
+
+// The first three rows are the forms of an access violation, chosen by its first
+// parameter; the others are found by the code.
+const fault_row faultRows[] = {
+    {accessViolation, "attempt to write at 0x%{1}08X"},
+    {accessViolation, "attempt to read at 0x%{1}08X"},
+    {accessViolation, "access violation"},
+    {0x80000002, "datatype misalignment"},
+    {breakpoint, "breakpoint"},
+    {0x80000004, "single step"},
+    {0xC000008C, "array bounds exceed"},
+    {0xC000008D, "FPU denormal operand"},
+    {0xC000008E, "FPU divide by 0"},
+    {0xC000008F, "FPU inexact result"},
+    {0xC0000090, "PPU invalid operation"},
+    {0xC0000091, "FPU overflow"},
+    {0xC0000092, "FPU stack check"},
+    {0xC0000093, "FPU underflow"},
+    {0xC0000094, "integer divide by 0"},
+    {0xC0000095, "integer overflow"},
+    {0xC0000096, "privileged instruction"},
+    {0xC0000006, "in page error"},
+    {0xC000001D, "illegal instruction"},
+    {0xC0000025, "noncontinuable exception"},
+    {0xC00000FD, "stack overflow"},
+    {0xC0000026, "invalid disposition"},
+    {0x80000001, "guard page"},
+    {0xC0000008, "invalid handle"},
+};
+const int rowCount = int(sizeof faultRows / sizeof *faultRows);
+
+int row_of(uint32_t code, uint32_t parameterCount, uint32_t first)
+{
+    if (code == accessViolation) {
+        if (parameterCount >= 2 && first == 1)
+            return 0;
+        if (parameterCount >= 2 && first == 0)
+            return 1;
+        return 2;
+    }
+    for (int row = 3; row < rowCount; ++row) {
+        if (faultRows[row].code == code)
+            return row;
+    }
+    return -1;
+}
+
+bool in_this_module(uintptr_t address)
+{
+    const uintptr_t base = reinterpret_cast<uintptr_t>(&__ImageBase);
+    const IMAGE_NT_HEADERS* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + __ImageBase.e_lfanew);
+    return address - base < headers->OptionalHeader.SizeOfImage;
+}
+
+template <class Function>
+Function find_function(HMODULE module, const char* name)
+{
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+}  // namespace
+
+fw_string fw_fault_text(uint32_t code, uint32_t parameterCount, const uint32_t* parameters)
+{
+    const int row = row_of(code, parameterCount, parameterCount >= 1 ? parameters[0] : 0);
+    if (row < 0)
+        return fw_string();
+    return fw_format(faultRows[row].text, parameterCount >= 2 ? parameters[1] : 0);
+}
+
+bool fw_fault_of(const EXCEPTION_POINTERS* pointers, fw_fault& fault)
+{
+    if (!pointers || !pointers->ExceptionRecord || !pointers->ContextRecord)
+        return false;
+    const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
+    if (record.ExceptionCode == breakpoint || record.ExceptionCode == unwinding)
+        return false;
+    const int row = row_of(record.ExceptionCode, record.NumberParameters,
+                           record.NumberParameters >= 1 ? uint32_t(record.ExceptionInformation[0]) : 0);
+    if (row < 0)
+        return false;
+    fault.row = row;
+    fault.address = record.NumberParameters >= 2 ? uint32_t(record.ExceptionInformation[1]) : 0;
+    fault.eip = uint32_t(pointers->ContextRecord->Eip);
+    return true;
+}
+
+fw_exception_assert* fw_fault_exception(const fw_fault& fault, const void* faultFrame)
+{
+    fw_string text = fw_format(faultRows[fault.row].text, fault.address);
+    text.append(fw_format(", eip=0x%{1}08x", fault.eip).c_str());
+    const fw_string location = fw_format("%{1}s%{2}X", FW_SITE_TAG, uint32_t(__LINE__));
+    std::unique_ptr<fw_exception_assert> exception(new fw_exception_assert(location, text, fw_string(), fw_string()));
+    exception->setDetails(fw_stack_dump(faultFrame));
+    return exception.release();
+}
+
+// Entered as if the faulting instruction had called it, so the frame pointer that
+// its prologue saved is the faulting code's.
+void fw_fault_raise(uint32_t row, uint32_t address, uint32_t eip)
+{
+    const void* faultFrame = *static_cast<void* const*>(__builtin_frame_address(0));
+    fw_exception_assert* exception = fw_fault_exception(fw_fault{int(row), address, eip}, faultFrame);
+    fw_raise(exception);
+    throw exception;
+}
+
+long __stdcall fw_fault_vector(EXCEPTION_POINTERS* pointers)
+{
+    fw_fault fault;
+    if (!fw_fault_of(pointers, fault))
+        return EXCEPTION_CONTINUE_SEARCH;
+    // Outside this module the unwinder cannot follow; see fw/fw_foreign_call.h.
+    if (!in_this_module(fault.eip))
+        return EXCEPTION_CONTINUE_SEARCH;
+    CONTEXT& context = *pointers->ContextRecord;
+    context.Eax = DWORD(fault.row);
+    context.Edx = fault.address;
+    context.Ecx = fault.eip;
+    context.Eip = DWORD(reinterpret_cast<uintptr_t>(&fw_fault_entry));
+    return EXCEPTION_CONTINUE_EXECUTION;
+}
+
+void fw_faults_start()
+{
+    fw_tls_slot_acquire();
+    if (!fw_os_kind_translates(fw_os_kind()))
+        return;
+    HMODULE kernel = LoadLibraryA("kernel32.dll");
+    if (!kernel)
+        return;
+    fw_kernel_module = kernel;
+    fw_add_handler = find_function<fw_add_handler_function>(kernel, "AddVectoredExceptionHandler");
+    fw_remove_handler = find_function<fw_remove_handler_function>(kernel, "RemoveVectoredExceptionHandler");
+    if (!fw_add_handler || !fw_remove_handler)
+        return;
+    fw_fault_handler = fw_add_handler(1, &fw_fault_vector);
+    fw_fault_handler_on = fw_fault_handler != nullptr;
+}
+
+void fw_faults_stop()
+{
+    fw_tls_slot_release();
+    fw_fault_handler_on = false;
+    if (fw_fault_handler) {
+        fw_remove_handler(fw_fault_handler);
+        fw_fault_handler = nullptr;
+    }
+    fw_add_handler = nullptr;
+    fw_remove_handler = nullptr;
+    if (fw_kernel_module) {
+        FreeLibrary(static_cast<HMODULE>(fw_kernel_module));
+        fw_kernel_module = nullptr;
+    }
+}

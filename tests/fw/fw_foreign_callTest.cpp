@@ -1,0 +1,255 @@
+#include "fw/fw_foreign_call.h"
+
+#include "fw/fw_library.h"
+#include "fw/fw_raise.h"
+#include "support/ActionLibrary.h"
+#include "support/ExpectThrown.h"
+#include "support/Faults.h"
+
+#include <windows.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+using ReadFunction = int (*)(const volatile int*);
+using DivideFunction = int (*)(int, int);
+using ProbeFunction = int (*)(const void*);
+using CountFunction = int (*)();
+using CallBackFunction = int (*)(int (*)(void*), void*);
+
+// The test's other module, loaded from the path that CTest gives.
+class ForeignProbe
+{
+public:
+    ForeignProbe() : module(LoadLibraryW(testSetting("KORVALIN_FAULT_PROBE_DLL").c_str()))
+    {
+        if (!module)
+            throw std::runtime_error("LoadLibrary failed with " + std::to_string(GetLastError()));
+    }
+    ~ForeignProbe() { FreeLibrary(module); }
+    ForeignProbe(const ForeignProbe&) = delete;
+    ForeignProbe& operator=(const ForeignProbe&) = delete;
+
+private:
+    HMODULE module;
+
+public:
+    template <class Function>
+    Function function(const char* name) const
+    {
+        return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+    }
+
+    const ReadFunction read = function<ReadFunction>("ProbeRead");
+    const DivideFunction divide = function<DivideFunction>("ProbeDivide");
+    const ProbeFunction isBadRead = function<ProbeFunction>("ProbeIsBadRead");
+    const ReadFunction readWithRegistersInUse = function<ReadFunction>("ProbeReadWithRegistersInUse");
+    const ReadFunction readUnderOwnHandler = function<ReadFunction>("ProbeReadUnderOwnHandler");
+    const CountFunction declined = function<CountFunction>("ProbeDeclined");
+    const CallBackFunction callBack = function<CallBackFunction>("ProbeCallBack");
+};
+
+void* sehHead()
+{
+    void* head;
+    __asm__ volatile("movl %%fs:0, %0" : "=r"(head));
+    return head;
+}
+
+bool startsWith(const std::string& text, const std::string& start)
+{
+    return text.compare(0, start.size(), start) == 0;
+}
+
+int destroyed = 0;
+
+struct CountsItsEnd
+{
+    ~CountsItsEnd() { ++destroyed; }
+};
+
+class fw_foreign_callTest : public ::testing::Test
+{
+protected:
+    fw_library layer;
+    ForeignProbe probe;
+};
+
+}  // namespace
+
+TEST_F(fw_foreign_callTest, AFaultInTheOtherModuleIsThrownAtTheLanding)
+{
+    ASSERT_NE(nullptr, probe.read);
+    void* const head = sehHead();
+    destroyed = 0;
+    for (int round = 0; round < 3; ++round) {
+        auto fault = expectThrown<fw_exception_assert>([this] {
+            CountsItsEnd guard;
+            fw_foreign_call([this] { return probe.read(nullptr); });
+        });
+        ASSERT_TRUE(fault) << round;
+        const std::string message = fault->message().c_str();
+        EXPECT_TRUE(startsWith(message, "attempt to read at 0x00000000, eip=0x")) << message;
+        EXPECT_TRUE(faults::isInside(std::strtoul(message.c_str() + 37, nullptr, 16), probe.read)) << message;
+        EXPECT_EQ(45u, message.size()) << message;
+        EXPECT_TRUE(startsWith(fault->details().c_str(), "Stack dump:\r\n")) << fault->details().c_str();
+        EXPECT_EQ(fault.get(), fw_current_exception()) << "raised at the landing";
+        EXPECT_EQ(head, sehHead()) << "the SEH chain is as it was";
+        EXPECT_EQ(round + 1, destroyed) << "frames above the landing are unwound";
+    }
+
+    auto divided = expectThrown<fw_exception_assert>([this] { fw_foreign_call([this] { return probe.divide(1, 0); }); });
+    ASSERT_TRUE(divided);
+    EXPECT_TRUE(startsWith(divided->message().c_str(), "integer divide by 0, eip=0x")) << divided->message().c_str();
+    divided.reset();
+
+    // Without a fault the answer comes back as it is, and the chain is left clean.
+    static const int value = 42;
+    EXPECT_EQ(42, fw_foreign_call([this] { return probe.read(&value); }));
+    EXPECT_EQ(head, sehHead());
+    EXPECT_EQ(7, fw_foreign_call([this] { return probe.divide(21, 3); }));
+    EXPECT_EQ(head, sehHead());
+}
+
+namespace {
+
+const ForeignProbe* registersProbe = nullptr;
+int registersCaught = 0;
+
+// Lands from a fault that struck with the kept registers in use, and returns as if
+// nothing had happened.
+extern "C" __attribute__((noinline)) void landFromAFaultWithRegistersInUse()
+{
+    try {
+        fw_foreign_call([] { return registersProbe->readWithRegistersInUse(nullptr); });
+    } catch (fw_exception_assert* raw) {
+        std::unique_ptr<fw_exception_assert> fault(raw);
+        ++registersCaught;
+    }
+}
+
+}  // namespace
+
+TEST_F(fw_foreign_callTest, TheRegistersThatCallsKeepComeBackAsTheyWere)
+{
+    registersProbe = &probe;
+    registersCaught = 0;
+    uint32_t ebx = 0, esi = 0, edi = 0;
+    __asm__ volatile("movl $0x11111111, %%ebx\n\t"
+                     "movl $0x22222222, %%esi\n\t"
+                     "movl $0x33333333, %%edi\n\t"
+                     "call %P3\n\t"
+                     "movl %%ebx, %0\n\t"
+                     "movl %%esi, %1\n\t"
+                     "movl %%edi, %2"
+                     : "=m"(ebx), "=m"(esi), "=m"(edi)
+                     : "i"(&landFromAFaultWithRegistersInUse)
+                     : "eax", "ecx", "edx", "ebx", "esi", "edi", "memory", "cc");
+    EXPECT_EQ(1, registersCaught);
+    EXPECT_EQ(0x11111111u, ebx);
+    EXPECT_EQ(0x22222222u, esi);
+    EXPECT_EQ(0x33333333u, edi);
+}
+
+TEST_F(fw_foreign_callTest, TheOtherModulesOwnHandlersComeFirst)
+{
+    void* const head = sehHead();
+    // The system's memory probe takes its fault itself and answers.
+    EXPECT_EQ(1, fw_foreign_call([this] { return probe.isBadRead(nullptr); }));
+    EXPECT_EQ(0, fw_foreign_call([this, &head] { return probe.isBadRead(&head); }));
+    EXPECT_EQ(nullptr, fw_current_exception());
+
+    // A handler of the module that declines is asked, and then the landing takes it.
+    const int declinedBefore = probe.declined();
+    auto fault = expectThrown<fw_exception_assert>(
+        [this] { fw_foreign_call([this] { return probe.readUnderOwnHandler(nullptr); }); });
+    ASSERT_TRUE(fault);
+    EXPECT_TRUE(startsWith(fault->message().c_str(), "attempt to read at 0x00000000, eip=0x"))
+        << fault->message().c_str();
+    EXPECT_LE(declinedBefore + 1, probe.declined());
+    EXPECT_EQ(head, sehHead()) << "the module's own record went with its frames";
+}
+
+namespace {
+
+struct Nested
+{
+    const ForeignProbe* probe;
+    std::string message;
+};
+
+// Runs in front of the other module's frames: nothing may leave it.
+int catchesAForeignFault(void* data)
+{
+    Nested& nested = *static_cast<Nested*>(data);
+    try {
+        return fw_foreign_call([&nested] { return nested.probe->read(nullptr); });
+    } catch (fw_exception_assert* raw) {
+        std::unique_ptr<fw_exception_assert> fault(raw);
+        nested.message = fault->message().c_str();
+        return 41;
+    }
+}
+
+int catchesItsOwnFault(void* data)
+{
+    try {
+        return faults::readAt(faults::nowhere());
+    } catch (fw_exception_assert* raw) {
+        std::unique_ptr<fw_exception_assert> fault(raw);
+        static_cast<Nested*>(data)->message = fault->message().c_str();
+        return 9;
+    }
+}
+
+}  // namespace
+
+TEST_F(fw_foreign_callTest, LandingsNestThroughCallbacks)
+{
+    void* const head = sehHead();
+    Nested nested{&probe, ""};
+    EXPECT_EQ(42, fw_foreign_call([&] { return probe.callBack(catchesAForeignFault, &nested); }));
+    EXPECT_TRUE(startsWith(nested.message, "attempt to read at 0x00000000, eip=0x")) << nested.message;
+    EXPECT_EQ(head, sehHead());
+
+    // A fault of this module's code in a callback is thrown in the callback.
+    nested.message.clear();
+    EXPECT_EQ(10, fw_foreign_call([&] { return probe.callBack(catchesItsOwnFault, &nested); }));
+    EXPECT_TRUE(startsWith(nested.message, "attempt to read at 0x00000000, eip=0x")) << nested.message;
+    EXPECT_EQ(head, sehHead());
+}
+
+TEST(fw_foreign_callDeathTest, OutsideALandingOrTheLayerAForeignFaultTakesItsOrdinaryCourse)
+{
+    EXPECT_EXIT(
+        {
+            // The fault ends the process with its code, without starting the debugger.
+            SetErrorMode(SEM_NOGPFAULTERRORBOX);
+            fw_library layer;
+            ForeignProbe probe;
+            try {
+                probe.read(nullptr);
+            } catch (...) {
+                std::exit(3);
+            }
+            std::exit(4);
+        },
+        ::testing::ExitedWithCode(int(EXCEPTION_ACCESS_VIOLATION)), "");
+    EXPECT_EXIT(
+        {
+            SetErrorMode(SEM_NOGPFAULTERRORBOX);
+            ForeignProbe probe;
+            try {
+                fw_foreign_call([&probe] { return probe.read(nullptr); });
+            } catch (...) {
+                std::exit(3);
+            }
+            std::exit(4);
+        },
+        ::testing::ExitedWithCode(int(EXCEPTION_ACCESS_VIOLATION)), "");
+}
