@@ -1,7 +1,6 @@
 #include "Framework/MemoryValues.h"
 
 #include "Framework/Exceptions.h"
-#include "Framework/FormatEngine.h"
 #include "Framework/HexText.h"
 
 namespace Framework {
@@ -24,19 +23,6 @@ Uint toUint(const String& text) { return parseNumber(text, &String::toUint); }
 Hyper toHyper(const String& text) { return parseNumber(text, &String::toHyper); }
 Uhyper toUhyper(const String& text) { return parseNumber(text, &String::toUhyper); }
 AnsiString toBinary(const String& text) { return fromHexText(AnsiString(text)); }
-
-template <class T>
-String numberText(ValueType type, T value)
-{
-    return String(AnsiString::format(printFormat(type), value));
-}
-
-String textOf(bool value) { return boolText(value); }
-String textOf(Int value) { return numberText(ValueType::Int, value); }
-String textOf(Uint value) { return numberText(ValueType::Uint, value); }
-String textOf(Hyper value) { return numberText(ValueType::Hyper, value); }
-String textOf(Uhyper value) { return numberText(ValueType::Uhyper, value); }
-String textOf(const AnsiString& value) { return String(hexText(value)); }
 
 }  // namespace
 
@@ -188,15 +174,15 @@ void MemoryValues::addText(const String& name, const String& text)
     valueNameList.add(name);
 }
 
-template <class T, class Convert>
-void MemoryValues::storeArray(const String& name, const Array<T>& values, Convert convert)
+template <class T>
+void MemoryValues::storeArray(const String& name, const Array<T>& values)
 {
     if (values.size() == 0)
         throw new ErrorException(SITE);
     TextList list;
     list.reserve(values.size());
     for (uint32_t i = 0; i < values.size(); ++i)
-        list.add(convert(values.at(i)));
+        list.add(valueText(values.at(i)));
     storeList(name, list);
 }
 
@@ -211,53 +197,53 @@ Array<String> oneText(const String& text)
 
 }  // namespace
 
-void MemoryValues::setBool(const String& name, bool value) { storeList(name, oneText(textOf(value))); }
-void MemoryValues::setInt(const String& name, Int value) { storeList(name, oneText(textOf(value))); }
-void MemoryValues::setUint(const String& name, Uint value) { storeList(name, oneText(textOf(value))); }
-void MemoryValues::setHyper(const String& name, Hyper value) { storeList(name, oneText(textOf(value))); }
-void MemoryValues::setUhyper(const String& name, Uhyper value) { storeList(name, oneText(textOf(value))); }
+void MemoryValues::setBool(const String& name, bool value) { storeList(name, oneText(valueText(value))); }
+void MemoryValues::setInt(const String& name, Int value) { storeList(name, oneText(valueText(value))); }
+void MemoryValues::setUint(const String& name, Uint value) { storeList(name, oneText(valueText(value))); }
+void MemoryValues::setHyper(const String& name, Hyper value) { storeList(name, oneText(valueText(value))); }
+void MemoryValues::setUhyper(const String& name, Uhyper value) { storeList(name, oneText(valueText(value))); }
 void MemoryValues::setString(const String& name, const String& value) { storeList(name, oneText(value)); }
 void MemoryValues::setBinary(const String& name, const AnsiString& value)
 {
-    storeList(name, oneText(textOf(value)));
+    storeList(name, oneText(valueText(value)));
 }
 
 void MemoryValues::setBoolArray(const String& name, Array<bool> values)
 {
-    storeArray(name, values, [](bool v) { return textOf(v); });
+    storeArray(name, values);
 }
 void MemoryValues::setIntArray(const String& name, Array<Int> values)
 {
-    storeArray(name, values, [](Int v) { return textOf(v); });
+    storeArray(name, values);
 }
 void MemoryValues::setUintArray(const String& name, Array<Uint> values)
 {
-    storeArray(name, values, [](Uint v) { return textOf(v); });
+    storeArray(name, values);
 }
 void MemoryValues::setHyperArray(const String& name, Array<Hyper> values)
 {
-    storeArray(name, values, [](Hyper v) { return textOf(v); });
+    storeArray(name, values);
 }
 void MemoryValues::setUhyperArray(const String& name, Array<Uhyper> values)
 {
-    storeArray(name, values, [](Uhyper v) { return textOf(v); });
+    storeArray(name, values);
 }
 void MemoryValues::setStringArray(const String& name, Array<String> values)
 {
-    storeArray(name, values, [](const String& v) { return v; });
+    storeArray(name, values);
 }
 void MemoryValues::setBinaryArray(const String& name, Array<AnsiString> values)
 {
-    storeArray(name, values, [](const AnsiString& v) { return textOf(v); });
+    storeArray(name, values);
 }
 
-void MemoryValues::addBool(const String& name, bool value) { addText(name, textOf(value)); }
-void MemoryValues::addInt(const String& name, Int value) { addText(name, textOf(value)); }
-void MemoryValues::addUint(const String& name, Uint value) { addText(name, textOf(value)); }
-void MemoryValues::addHyper(const String& name, Hyper value) { addText(name, textOf(value)); }
-void MemoryValues::addUhyper(const String& name, Uhyper value) { addText(name, textOf(value)); }
+void MemoryValues::addBool(const String& name, bool value) { addText(name, valueText(value)); }
+void MemoryValues::addInt(const String& name, Int value) { addText(name, valueText(value)); }
+void MemoryValues::addUint(const String& name, Uint value) { addText(name, valueText(value)); }
+void MemoryValues::addHyper(const String& name, Hyper value) { addText(name, valueText(value)); }
+void MemoryValues::addUhyper(const String& name, Uhyper value) { addText(name, valueText(value)); }
 void MemoryValues::addString(const String& name, const String& value) { addText(name, value); }
-void MemoryValues::addBinary(const String& name, const AnsiString& value) { addText(name, textOf(value)); }
+void MemoryValues::addBinary(const String& name, const AnsiString& value) { addText(name, valueText(value)); }
 
 SharedPointer<OutputValues> MemoryValues::group(const String& name, uint32_t index)
 {

@@ -116,8 +116,8 @@ private:
     void addText(const String& name, const String& text);
     template <class T, class Convert>
     Array<T> convertAll(const String& name, Convert convert) const;
-    template <class T, class Convert>
-    void storeArray(const String& name, const Array<T>& values, Convert convert);
+    template <class T>
+    void storeArray(const String& name, const Array<T>& values);
 
     SharedPointer<NameMap<TextList>> valueMap;
     SharedPointer<NameMap<GroupList>> groupMap;

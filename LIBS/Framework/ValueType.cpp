@@ -1,6 +1,7 @@
 #include "Framework/ValueType.h"
 
 #include "Framework/Exceptions.h"
+#include "Framework/HexText.h"
 
 namespace Framework {
 
@@ -67,5 +68,23 @@ const char* printFormat(ValueType type)
 {
     return textOf(type).format;
 }
+
+namespace {
+
+template <class T>
+String numberText(ValueType type, T value)
+{
+    return String(AnsiString::format(printFormat(type), value));
+}
+
+}  // namespace
+
+String valueText(bool value) { return boolText(value); }
+String valueText(Int value) { return numberText(ValueType::Int, value); }
+String valueText(Uint value) { return numberText(ValueType::Uint, value); }
+String valueText(Hyper value) { return numberText(ValueType::Hyper, value); }
+String valueText(Uhyper value) { return numberText(ValueType::Uhyper, value); }
+String valueText(const String& value) { return value; }
+String valueText(const AnsiString& bytes) { return String(hexText(bytes)); }
 
 }  // namespace Framework

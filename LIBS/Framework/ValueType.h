@@ -41,4 +41,15 @@ bool parseBool(const String& text);
 // A number outside the list throws LookupException.
 const char* printFormat(ValueType type);
 
+// The text a value is kept as by stores that hold text (memory, registry lists):
+// boolText, decimal numbers through printFormat, bytes as hexText ("01 FF"), and a
+// String as it is.
+String valueText(bool value);
+String valueText(Int value);
+String valueText(Uint value);
+String valueText(Hyper value);
+String valueText(Uhyper value);
+String valueText(const String& value);
+String valueText(const AnsiString& bytes);
+
 }  // namespace Framework

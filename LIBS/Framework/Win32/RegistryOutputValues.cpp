@@ -1,7 +1,6 @@
 #include "Framework/Win32/RegistryOutputValues.h"
 
 #include "Framework/Exceptions.h"
-#include "Framework/HexText.h"
 #include "Framework/Win32/RegistryFormat.h"
 
 namespace Framework { namespace Win32 {
@@ -13,20 +12,6 @@ namespace {
     throw new FormatException(SITE, FormatException::unknownPosition);
 }
 
-template <class T>
-String numberText(ValueType type, T value)
-{
-    return String(AnsiString::format(printFormat(type), value));
-}
-
-String textOf(bool value) { return boolText(value); }
-String textOf(Int value) { return numberText(ValueType::Int, value); }
-String textOf(Uint value) { return numberText(ValueType::Uint, value); }
-String textOf(Hyper value) { return numberText(ValueType::Hyper, value); }
-String textOf(Uhyper value) { return numberText(ValueType::Uhyper, value); }
-String textOf(const String& value) { return value; }
-String textOf(const AnsiString& value) { return String(hexText(value)); }
-
 // The tag and then each element as text.
 template <class T>
 Array<String> taggedList(ValueType tag, const Array<T>& values)
@@ -35,7 +20,7 @@ Array<String> taggedList(ValueType tag, const Array<T>& values)
     items.reserve(values.size() + 1);
     items.add(typeName(tag));
     for (uint32_t i = 0; i < values.size(); ++i)
-        items.add(textOf(values.at(i)));
+        items.add(valueText(values.at(i)));
     return items;
 }
 
@@ -155,23 +140,23 @@ void RegistryOutputValues::appendToList(const String& name, const String& text, 
 
 void RegistryOutputValues::addBool(const String& name, bool value)
 {
-    appendToList(name, textOf(value), ValueType::BoolArray);
+    appendToList(name, valueText(value), ValueType::BoolArray);
 }
 void RegistryOutputValues::addInt(const String& name, Int value)
 {
-    appendToList(name, textOf(value), ValueType::IntArray);
+    appendToList(name, valueText(value), ValueType::IntArray);
 }
 void RegistryOutputValues::addUint(const String& name, Uint value)
 {
-    appendToList(name, textOf(value), ValueType::UintArray);
+    appendToList(name, valueText(value), ValueType::UintArray);
 }
 void RegistryOutputValues::addHyper(const String& name, Hyper value)
 {
-    appendToList(name, textOf(value), ValueType::HyperArray);
+    appendToList(name, valueText(value), ValueType::HyperArray);
 }
 void RegistryOutputValues::addUhyper(const String& name, Uhyper value)
 {
-    appendToList(name, textOf(value), ValueType::UhyperArray);
+    appendToList(name, valueText(value), ValueType::UhyperArray);
 }
 void RegistryOutputValues::addString(const String& name, const String& value)
 {
@@ -179,7 +164,7 @@ void RegistryOutputValues::addString(const String& name, const String& value)
 }
 void RegistryOutputValues::addBinary(const String& name, const AnsiString& value)
 {
-    appendToList(name, textOf(value), ValueType::BinaryArray);
+    appendToList(name, valueText(value), ValueType::BinaryArray);
 }
 
 SharedPointer<OutputValues> RegistryOutputValues::group(const String& name, uint32_t index)
