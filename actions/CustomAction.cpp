@@ -23,7 +23,3 @@ UINT CustomAction::setProperty(const String& name, const String& value) const
 {
     return MsiSetPropertyW(hInstall, name.c_str(), value.c_str());
 }
-
-// The mail action gets its body with the mail sender; until then it does nothing,
-// and its entry point still returns 0.
-void CustomAction::subscribe() {}

@@ -23,6 +23,7 @@ namespace {
 fw_string* productName = nullptr;
 fw_string* vendorName = nullptr;
 fw_string* supportAddress = nullptr;
+fw_product_version productVersion = {};
 
 std::new_handler previousNewHandler = nullptr;
 
@@ -85,6 +86,7 @@ void takeDown()
         deleteValue(productName);
         deleteValue(vendorName);
         deleteValue(supportAddress);
+        productVersion = fw_product_version{};
         delete fw_settings;
         fw_settings = nullptr;
         fw_faults_stop();
@@ -177,4 +179,43 @@ fw_string fw_vendor_name()
 fw_string fw_support_address()
 {
     return valueOr(supportAddress, "");
+}
+
+fw_product_version fw_product_version_get()
+{
+    fw_require_initialized();
+    return productVersion;
+}
+
+namespace {
+
+void replaceValue(fw_string*& value, const fw_string& text)
+{
+    fw_require_initialized();
+    fw_string* const made = new fw_string(text);
+    delete value;
+    value = made;
+}
+
+}  // namespace
+
+void fw_set_product_name(const fw_string& name)
+{
+    replaceValue(productName, name);
+}
+
+void fw_set_vendor_name(const fw_string& name)
+{
+    replaceValue(vendorName, name);
+}
+
+void fw_set_support_address(const fw_string& address)
+{
+    replaceValue(supportAddress, address);
+}
+
+void fw_set_product_version(const fw_product_version& version)
+{
+    fw_require_initialized();
+    productVersion = version;
 }

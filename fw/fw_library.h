@@ -56,9 +56,25 @@ bool fw_setting_set(const char* key, uint32_t value);
 // An unknown month name counts as month 0.
 fw_string fw_build_stamp_of(const char* date, const char* time);
 
-// The layer's idea of the product. Nothing in the library sets these values, so
-// they stay at their defaults: "Vendor", and empty texts for the others. Each
-// requires the layer (above).
+// The layer's idea of the product, used by the error report (fw/fw_error_report.h).
+// None of the actions sets these values, so there they stay at their defaults:
+// "Vendor", empty texts for the others, version 0.0 build 0. A program that links the
+// layer may name its product after each bring-up; the teardown forgets the values.
+// Each getter and setter requires the layer (above).
+struct fw_product_version
+{
+    uint32_t major;
+    uint32_t minor;
+    uint32_t build;
+};
+
 fw_string fw_product_name();
 fw_string fw_vendor_name();
+// Where the error report goes; empty: nowhere.
 fw_string fw_support_address();
+fw_product_version fw_product_version_get();
+
+void fw_set_product_name(const fw_string& name);
+void fw_set_vendor_name(const fw_string& name);
+void fw_set_support_address(const fw_string& address);
+void fw_set_product_version(const fw_product_version& version);

@@ -1,5 +1,7 @@
 #include "fw/fw_raise.h"
 
+#include "fw/fw_error_report.h"
+
 #include <windows.h>
 #include <cstdio>
 #include <exception>
@@ -7,8 +9,6 @@
 volatile long fw_tls_slot = -1;
 
 namespace {
-
-fw_fatal_report fatalReport = nullptr;
 
 LONG WINAPI run_the_handler(EXCEPTION_POINTERS*)
 {
@@ -87,18 +87,21 @@ void fw_raise(fw_exception* exception)
 
 void fw_report_fatal(fw_exception* first, fw_exception* second)
 {
+    // A failure inside the report itself (a fault in the mail client while this
+    // thread still unwinds) comes back here through fw_raise: it gets no report of
+    // its own, and the process ends after the first.
+    static thread_local bool reporting = false;
+    if (reporting)
+        return;
+    reporting = true;
     SetUnhandledExceptionFilter(run_the_handler);
     try {
-        if (fatalReport)
-            fatalReport(first, second);
+        fw_error_report* report = new fw_error_report();
+        report->handle(first);
+        report->handle(second);
+        delete report;
     } catch (...) {
         // The process is about to end: nothing that the report throws may stop that.
     }
-}
-
-fw_fatal_report fw_set_fatal_report(fw_fatal_report report)
-{
-    const fw_fatal_report previous = fatalReport;
-    fatalReport = report;
-    return previous;
+    reporting = false;
 }

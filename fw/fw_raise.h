@@ -20,10 +20,12 @@
 //
 // fw_report_fatal first makes any further fault end the process quietly (an
 // unhandled-exception filter that runs the handler), then hands the two exceptions to
-// the fatal report set with fw_set_fatal_report, under a handler that swallows
-// everything, so the report cannot raise a third failure out of itself. The layer
-// sets no report of its own at present: without one the exceptions are left as they
-// are, nothing is shown or written, and the process ends right after.
+// an error report (fw/fw_error_report.h), under a handler that swallows everything,
+// so the report cannot raise a third failure out of itself. The report mails them to
+// the product's support address; without one, the default, nothing is shown, written
+// or sent, and the process ends right after. A failure inside the report that comes
+// back through fw_raise (a fault in the mail client while the thread still unwinds)
+// gets no report of its own: the process ends at once.
 #pragma once
 #include "fw/fw_exception.h"
 
@@ -50,7 +52,3 @@ void fw_raise(fw_exception* exception);
 // `first` is the exception being handled, `second` the one on top of it; they may be
 // the same object. A report owns them, and must delete a shared one once.
 void fw_report_fatal(fw_exception* first, fw_exception* second);
-
-using fw_fatal_report = void (*)(fw_exception* first, fw_exception* second);
-// Null sets none. Returns the report set before.
-fw_fatal_report fw_set_fatal_report(fw_fatal_report report);

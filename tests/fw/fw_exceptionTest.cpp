@@ -3,7 +3,10 @@
 #include "Framework/Exceptions.h"
 #include "fw/fw_assert.h"
 #include "fw/fw_raise.h"
+#include "fw/fw_library.h"
 #include "support/ExpectThrown.h"
+#include "support/MailClient.h"
+#include "support/TextHelpers.h"
 
 #include <windows.h>
 #include <gtest/gtest.h>
@@ -201,13 +204,6 @@ TEST_F(fw_exceptionTest, TheCurrentExceptionSlotIsPerThreadAndMadeWhenNeeded)
 
 namespace {
 
-void printReport(fw_exception* first, fw_exception* second)
-{
-    std::fprintf(stderr, "first=%s second=%s%s\n", first->message().c_str(), second->message().c_str(),
-                 first == second ? " same" : "");
-    std::fflush(stderr);
-}
-
 // Fails while an exception is in flight: a destructor run by the unwinding.
 struct RaisesWhenDestroyed
 {
@@ -219,29 +215,38 @@ struct RaisesWhenDestroyed
     }
 };
 
+// The failure in flight, and the one on top of it from the destructor.
+void failWhileUnwinding()
+{
+    try {
+        RaisesWhenDestroyed guard;
+        fw_exception* e = new fw_exception_info(fw_string("in flight"));
+        fw_raise(e);
+        throw e;
+    } catch (fw_exception* e) {
+        delete e;
+    }
+}
+
 }  // namespace
 
+// The error report at the end is silent without a support address: no mail, no word,
+// with the layer up and with it down.
 TEST(fw_exceptionDeathTest, AFailureDuringUnwindingEndsTheProcessWithOne)
 {
+    MailClient client;
     EXPECT_EXIT(
         {
-            fw_set_fatal_report(printReport);
-            try {
-                RaisesWhenDestroyed guard;
-                fw_exception* e = new fw_exception_info(fw_string("in flight"));
-                fw_raise(e);
-                throw e;
-            } catch (fw_exception* e) {
-                delete e;
-            }
+            fw_library layer;
+            failWhileUnwinding();
             std::exit(5);
         },
-        ::testing::ExitedWithCode(1), "first=in flight second=on top\n");
+        ::testing::ExitedWithCode(1), lacks("Warning"));
+    EXPECT_TRUE(client.calls().empty());
 
     // With the slot empty the new exception stands in both places.
     EXPECT_EXIT(
         {
-            fw_set_fatal_report(printReport);
             fw_clear_current();
             try {
                 RaisesWhenDestroyed guard;
@@ -250,26 +255,78 @@ TEST(fw_exceptionDeathTest, AFailureDuringUnwindingEndsTheProcessWithOne)
             }
             std::exit(5);
         },
-        ::testing::ExitedWithCode(1), "first=on top second=on top same\n");
+        ::testing::ExitedWithCode(1), lacks("Warning"));
+    EXPECT_TRUE(client.calls().empty());
 }
 
-namespace {
-
-void throwingReport(fw_exception*, fw_exception*)
+TEST(fw_exceptionDeathTest, TheErrorReportMailsBothFailuresTheLaterFirst)
 {
-    throw new fw_exception_info(fw_string("from the report"));
-}
-
-}  // namespace
-
-TEST(fw_exceptionDeathTest, TheFatalReportMakesFurtherFaultsEndQuietly)
-{
+    MailClient client;
     EXPECT_EXIT(
         {
+            fw_library layer;
+            fw_set_support_address(fw_string("support@example.com"));
+            fw_set_product_name(fw_string("Korvalin"));
+            fw_set_product_version({2, 5, 77});
+            failWhileUnwinding();
+            std::exit(5);
+        },
+        ::testing::ExitedWithCode(1), "");
+
+    const std::vector<MailCall> sends = client.sends();
+    ASSERT_EQ(1u, sends.size());
+    const MailCall& mail = sends[0];
+    EXPECT_EQ("SMTP:support@example.com", mail["recipient0.address"]);
+    EXPECT_EQ("Vendor", mail["recipient0.name"]);
+    EXPECT_EQ("0", mail["flags"]) << "no Ctrl key down, no mail window";
+    const std::string productLine = "Korvalin 2.5 build 77 FW";
+    EXPECT_EQ(0u, mail["subject"].find("Error Report - " + productLine)) << mail["subject"];
+    const std::string note = mail["note"];
+    EXPECT_EQ(0u, note.find(productLine)) << note;
+    const std::string messages = "\n\nDouble nested error:\r\non top\r\nInternal error:\r\nin flight\r\n\r\n";
+    EXPECT_NE(std::string::npos, note.find(messages)) << note;
+}
+
+TEST(fw_exceptionDeathTest, AReportThatCannotBeSentSaysSoOnTheErrorStream)
+{
+    MailClient client;
+    const char missing[] = "Z:\\nowhere\\no-mail-client.dll";
+    client.setDllPath(REG_SZ, missing, sizeof missing);
+    EXPECT_EXIT(
+        {
+            fw_library layer;
+            fw_set_support_address(fw_string("support@example.com"));
+            failWhileUnwinding();
+            std::exit(5);
+        },
+        ::testing::ExitedWithCode(1), "\nWarning: Failed to send message\n");
+}
+
+// A fault in the mail client while the report is sent cannot start a report of its
+// own, nor stop the end; called directly, the report still leaves further faults to
+// end the process quietly.
+TEST(fw_exceptionDeathTest, AFailureInsideTheReportEndsTheProcessAllTheSame)
+{
+    MailClient client;
+    client.answer("crash");
+    EXPECT_EXIT(
+        {
+            fw_library layer;
+            fw_set_support_address(fw_string("support@example.com"));
+            failWhileUnwinding();
+            std::exit(5);
+        },
+        ::testing::ExitedWithCode(1), "");
+    EXPECT_EQ(1u, client.sends().size());
+
+    EXPECT_EXIT(
+        {
+            SetErrorMode(SEM_NOGPFAULTERRORBOX);
+            fw_library layer;
+            fw_set_support_address(fw_string("support@example.com"));
             SetUnhandledExceptionFilter(nullptr);
-            fw_set_fatal_report(throwingReport);
             fw_exception* e = new fw_exception_info(fw_string("x"));
-            fw_report_fatal(e, e);  // what the report throws stays inside
+            fw_report_fatal(e, e);  // the client's fault stays inside
             LPTOP_LEVEL_EXCEPTION_FILTER filter = SetUnhandledExceptionFilter(nullptr);
             std::exit(filter && filter(nullptr) == EXCEPTION_EXECUTE_HANDLER ? 7 : 3);
         },

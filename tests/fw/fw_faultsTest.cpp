@@ -7,6 +7,7 @@
 #include "fw/fw_site_tag.h"
 #include "support/ExpectThrown.h"
 #include "support/Faults.h"
+#include "support/MailClient.h"
 #include "support/ScratchKey.h"
 
 #include <windows.h>
@@ -379,12 +380,6 @@ TEST(fw_faultsDeathTest, OnANewerSystemNoHandlerIsRegisteredAndAFaultTakesItsOrd
 
 namespace {
 
-void printReport(fw_exception* first, fw_exception* second)
-{
-    std::fprintf(stderr, "first=%s second=%s\n", first->message().c_str(), second->message().c_str());
-    std::fflush(stderr);
-}
-
 struct FaultsWhenDestroyed
 {
     ~FaultsWhenDestroyed() { faults::readAt(faults::nowhere()); }
@@ -394,10 +389,11 @@ struct FaultsWhenDestroyed
 
 TEST(fw_faultsDeathTest, AFaultWhileAFaultUnwindsEndsTheProcessWithOne)
 {
+    MailClient client;
     EXPECT_EXIT(
         {
             fw_library layer;
-            fw_set_fatal_report(printReport);
+            fw_set_support_address(fw_string("support@example.com"));
             try {
                 FaultsWhenDestroyed guard;
                 faults::divide(1, faults::zero());
@@ -406,6 +402,14 @@ TEST(fw_faultsDeathTest, AFaultWhileAFaultUnwindsEndsTheProcessWithOne)
             }
             std::exit(5);
         },
-        ::testing::ExitedWithCode(1),
-        "first=integer divide by 0, eip=0x.* second=attempt to read at 0x00000000, eip=0x");
+        ::testing::ExitedWithCode(1), "");
+    // The error report names both faults, the later one first.
+    const std::vector<MailCall> sends = client.sends();
+    ASSERT_EQ(1u, sends.size());
+    const std::string note = sends[0]["note"];
+    const size_t later = note.find("Double nested error:\r\nattempt to read at 0x00000000, eip=0x");
+    const size_t earlier = note.find("Internal error:\r\ninteger divide by 0, eip=0x");
+    EXPECT_NE(std::string::npos, later) << note;
+    EXPECT_NE(std::string::npos, earlier) << note;
+    EXPECT_LT(later, earlier);
 }

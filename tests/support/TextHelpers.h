@@ -1,9 +1,12 @@
-// Printing Framework strings in test failures, as UTF-8.
+// Printing Framework strings in test failures, as UTF-8, and matching error output.
 #pragma once
 #include "Framework/String.h"
 
+#include <gtest/gtest.h>
+
 #include <ostream>
 #include <string>
+#include <utility>
 
 namespace Framework {
 
@@ -35,3 +38,28 @@ inline void PrintTo(const AnsiString& text, std::ostream* os)
 }
 
 }  // namespace Framework
+
+namespace testing_text {
+
+// For death tests: the error output must not hold `text` (GoogleTest alone, without
+// its mocking half, has no such matcher).
+class Lacks : public ::testing::MatcherInterface<const std::string&>
+{
+public:
+    explicit Lacks(std::string text) : text(std::move(text)) {}
+    bool MatchAndExplain(const std::string& output, ::testing::MatchResultListener*) const override
+    {
+        return output.find(text) == std::string::npos;
+    }
+    void DescribeTo(std::ostream* os) const override { *os << "has no \"" << text << '"'; }
+
+private:
+    std::string text;
+};
+
+}  // namespace testing_text
+
+inline ::testing::Matcher<const std::string&> lacks(const std::string& text)
+{
+    return ::testing::Matcher<const std::string&>(new testing_text::Lacks(text));
+}

@@ -1,0 +1,128 @@
+// Subscribe in the built DLL against real sessions, with the tests' own mail client as
+// the machine's default, and the failure box watched for and closed as a user would.
+#include "support/ActionLibrary.h"
+#include "support/InstallerSession.h"
+#include "support/MailClient.h"
+#include "support/MessageBoxWatcher.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+const Properties mail = {
+    {L"ADDRESS", L"news@example.com"},
+    {L"SUBJECT", L"Subscribe \x00e9t\x00e9 \x03a9"},
+    {L"MESSAGE", L"Please add me.\r\nThanks"},
+    {L"DLL_SEND_MESSAGE_FAILED", L"The subscription mail could not be sent."},
+    {L"DLL_SEND_MESSAGE_FAILED_TITLE", L"Subscription"},
+};
+
+// The text as the system's ANSI code page has it, which is what the client is handed.
+std::string ansi(const std::wstring& text)
+{
+    char buffer[1024] = "";
+    WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, buffer, sizeof buffer, nullptr, nullptr);
+    return buffer;
+}
+
+std::string narrow(const std::wstring& text)
+{
+    return std::string(text.begin(), text.end());
+}
+
+class SubscribeTest : public ::testing::Test
+{
+protected:
+    // Runs the action with a watcher for the failure box going; the box seen, if any.
+    SeenBox subscribe(InstallerSession& session, const std::wstring& boxTitle = L"Subscription")
+    {
+        MessageBoxWatcher watcher(boxTitle);
+        EXPECT_EQ(0u, dll.call("Subscribe", session.handle()));
+        return watcher.stop();
+    }
+
+    ActionLibrary dll;
+    MailClient client;
+};
+
+}  // namespace
+
+TEST_F(SubscribeTest, TheMailGoesOutWithoutABox)
+{
+    InstallerSession session(mail);
+    EXPECT_FALSE(subscribe(session).seen);
+
+    const std::vector<MailCall> sends = client.sends();
+    ASSERT_EQ(1u, sends.size());
+    EXPECT_EQ("SMTP:news@example.com", sends[0]["recipient0.address"]);
+    EXPECT_EQ("news@example.com", sends[0]["recipient0.name"]);
+    EXPECT_EQ(ansi(mail.at(L"SUBJECT")), sends[0]["subject"]) << "in the ANSI code page";
+    EXPECT_EQ("Please add me.\r\nThanks", sends[0]["note"]);
+    EXPECT_EQ("3", sends[0]["messageFlags"]);
+    EXPECT_EQ("0", sends[0]["flags"]);
+    EXPECT_EQ("0", sends[0]["files"]);
+
+    // An empty address still goes to the client, which decides.
+    InstallerSession bare(Properties{{L"SUBJECT", L"s"}});
+    client.clear();
+    EXPECT_FALSE(subscribe(bare, L"").seen);
+    ASSERT_EQ(1u, client.sends().size());
+    EXPECT_EQ("SMTP:", client.sends()[0]["recipient0.address"]);
+}
+
+TEST_F(SubscribeTest, ARefusalShowsThePackagesBox)
+{
+    client.answer("refuse");
+    InstallerSession session(mail);
+    const SeenBox box = subscribe(session);
+    ASSERT_TRUE(box.seen) << "no box: is there a display (xvfb-run)?";
+    EXPECT_EQ(mail.at(L"DLL_SEND_MESSAGE_FAILED_TITLE"), box.title);
+    EXPECT_EQ(mail.at(L"DLL_SEND_MESSAGE_FAILED"), box.text);
+    EXPECT_TRUE(box.errorIcon);
+    EXPECT_TRUE(box.okOnly);
+    EXPECT_EQ(1u, client.sends().size());
+
+    // Without the two texts the box still comes, empty.
+    InstallerSession bare(Properties{{L"ADDRESS", L"news@example.com"}});
+    const SeenBox empty = subscribe(bare, L"");
+    ASSERT_TRUE(empty.seen);
+    EXPECT_EQ(L"", empty.text);
+
+    // No client library at all: the same box.
+    const char missing[] = "Z:\\nowhere\\no-mail-client.dll";
+    client.setDllPath(REG_SZ, missing, sizeof missing);
+    EXPECT_TRUE(subscribe(session).seen);
+}
+
+TEST_F(SubscribeTest, ACrashInsideTheMailClientEndsTheActionQuietly)
+{
+    client.answer("crash");
+    InstallerSession session(mail);
+    EXPECT_FALSE(subscribe(session).seen);
+    EXPECT_EQ(1u, client.sends().size());
+    EXPECT_EQ(2u, client.calls().size()) << "the client was left at the fault";
+
+    // The action after it runs as usual.
+    client.clear();
+    client.answer("success");
+    EXPECT_FALSE(subscribe(session).seen);
+    EXPECT_EQ(3u, client.calls().size());
+}
+
+TEST_F(SubscribeTest, WithoutAUsableClientTheFallbackLibraryIsAsked)
+{
+    wchar_t program[MAX_PATH];
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    std::wstring fallback(program);
+    fallback = fallback.substr(0, fallback.find_last_of(L'\\') + 1) + L"MAPI32.DLL";
+
+    InstallerSession session(mail);
+    const DWORD number = 1;
+    client.setDllPath(REG_DWORD, &number, sizeof number);
+    EXPECT_FALSE(subscribe(session).seen);
+    ASSERT_EQ(1u, client.sends().size());
+    EXPECT_EQ(0, _stricmp(narrow(fallback).c_str(), client.sends()[0]["module"].c_str()))
+        << client.sends()[0]["module"];
+}
