@@ -3,6 +3,8 @@
 // judges the actions by what they left in the registry.
 #include "support/Clock.h"
 #include "support/Installer.h"
+#include "support/MailClient.h"
+#include "support/MessageBoxWatcher.h"
 
 #include <gtest/gtest.h>
 
@@ -236,4 +238,41 @@ TEST_F(InstallTest, SetApplicationSizeBeforeInstallFinalizeLeavesTheEnginesSize)
     EXPECT_TRUE(readRegistryDword(HKEY_LOCAL_MACHINE, entry, L"EstimatedSize", size, KEY_WOW64_32KEY));
     EXPECT_EQ(0u, size);
     EXPECT_EQ(0u, uninstallQuietly(package));
+}
+
+// Subscribe through msiexec, with the tests' mail client as the machine's default: the
+// mail goes out with the package's texts; a refusal shows the package's box in the
+// custom-action host, which a user closes, and the installation goes on; a crash in
+// the client ends the action quietly. The installation succeeds in every case.
+TEST_F(InstallTest, SubscribeMailsOrShowsThePackagesBoxAndTheInstallationGoesOn)
+{
+    const std::wstring package = testPackage(L"subscribe-probe.msi");
+    const wchar_t* const reachedKey = L"Software\\WixKorvalinTests\\Subscribe";
+    const std::wstring boxTitle = L"WixKorvalin Subscribe Probe";
+    MailClient client;
+    struct Row {
+        const char* answer;
+        bool box;
+    };
+    for (const Row row : {Row{"success", false}, Row{"refuse", true}, Row{"crash", false}}) {
+        startClean(package, reachedKey);
+        client.clear();
+        client.answer(row.answer);
+        MessageBoxWatcher watcher(boxTitle);
+        EXPECT_EQ(0u, installQuietly(package)) << row.answer;
+        const SeenBox box = watcher.stop();
+        EXPECT_EQ(row.box, box.seen) << row.answer;
+        if (box.seen) {
+            EXPECT_EQ(L"The subscription mail could not be sent.", box.text);
+            EXPECT_TRUE(box.okOnly);
+        }
+        const std::vector<MailCall> sends = client.sends();
+        ASSERT_EQ(1u, sends.size()) << row.answer;
+        EXPECT_EQ("SMTP:news@example.com", sends[0]["recipient0.address"]);
+        EXPECT_EQ("Subscribe me", sends[0]["subject"]);
+        EXPECT_EQ("Sent by the installer.", sends[0]["note"]);
+        std::wstring value;
+        EXPECT_TRUE(readRegistryString(HKEY_CURRENT_USER, reachedKey, L"Reached", value)) << row.answer;
+    }
+    uninstallQuietly(package);
 }

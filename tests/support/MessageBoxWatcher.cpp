@@ -40,17 +40,6 @@ bool shown(HWND box, int id)
     return item && IsWindowVisible(item);
 }
 
-BOOL CALLBACK findErrorIcon(HWND child, LPARAM parameter)
-{
-    const HICON icon = reinterpret_cast<HICON>(SendMessageW(child, STM_GETICON, 0, 0));
-    // IDI_ERROR, which the headers spell as a narrow resource name.
-    if (icon && icon == LoadIconW(nullptr, MAKEINTRESOURCEW(32513))) {
-        *reinterpret_cast<bool*>(parameter) = true;
-        return FALSE;
-    }
-    return TRUE;
-}
-
 }  // namespace
 
 MessageBoxWatcher::MessageBoxWatcher(std::wstring title, DWORD timeoutMs)
@@ -87,7 +76,6 @@ void MessageBoxWatcher::watch()
             box.seen = true;
             box.title = windowText(found);
             box.text = windowText(GetDlgItem(found, 0xFFFF));
-            EnumChildWindows(found, findErrorIcon, reinterpret_cast<LPARAM>(&box.errorIcon));
             box.okOnly = shown(found, IDOK) && !shown(found, IDCANCEL) && !shown(found, IDYES) &&
                          !shown(found, IDNO) && !shown(found, IDABORT) && !shown(found, IDRETRY) &&
                          !shown(found, IDIGNORE);
