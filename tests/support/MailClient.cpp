@@ -85,7 +85,13 @@ std::string MailCall::operator[](const std::string& key) const
 
 std::wstring MailClient::libraryPath()
 {
-    return testSetting("KORVALIN_MAIL_CLIENT_DLL");
+    // CTest's path may come with forward slashes; a real client registers backslashes.
+    std::wstring path = testSetting("KORVALIN_MAIL_CLIENT_DLL");
+    for (wchar_t& c : path) {
+        if (c == L'/')
+            c = L'\\';
+    }
+    return path;
 }
 
 MailClient::MailClient(Registration registration)
