@@ -36,6 +36,16 @@ bool isDriveAbsolute(const String& text)
     return text.length() > 2 && isLetter(t[0]) && t[1] == L':' && t[2] == L'\\';
 }
 
+// A share root needs both separators behind its server, a server name and a share
+// name. A server "." or "?" would turn the root into a device or a long form.
+bool isShareNamed(const String& text, uint32_t server, uint32_t first, uint32_t second)
+{
+    if (second == npos || first == server || second == first + 1)
+        return false;
+    const wchar_t* t = text.c_str();
+    return !(first == server + 1 && (t[server] == L'.' || t[server] == L'?'));
+}
+
 bool isDotComponent(const wchar_t* begin, uint32_t length)
 {
     return (length == 1 && begin[0] == L'.') || (length == 2 && begin[0] == L'.' && begin[1] == L'.');
@@ -88,7 +98,7 @@ String splitRoot(const String& text, uint32_t& rootEnd)
     if (text.startsWith(L"\\\\?\\unc\\") || text.startsWith(L"\\\\?\\UNC\\")) {
         const uint32_t first = nextBackslash(text, 8);
         const uint32_t second = first == npos ? npos : nextBackslash(text, first + 1);
-        if (second == npos)
+        if (!isShareNamed(text, 8, first, second))
             throw new Framework::ErrorException(SITE);
         rootEnd = second;
         return String(L"\\\\") + text.substr(8, second);
@@ -102,12 +112,14 @@ String splitRoot(const String& text, uint32_t& rootEnd)
     if (text.startsWith(L"\\\\.\\")) {
         const uint32_t end = nextBackslash(text, 4);
         rootEnd = end == npos ? n : end;
+        if (rootEnd == 4)
+            throw new Framework::ErrorException(SITE);  // no device without a name
         return text.substr(0, rootEnd);
     }
     if (text.startsWith(L"\\\\")) {
         const uint32_t first = nextBackslash(text, 2);
         const uint32_t second = first == npos ? npos : nextBackslash(text, first + 1);
-        if (second == npos)
+        if (!isShareNamed(text, 2, first, second))
             throw new Framework::ErrorException(SITE);
         rootEnd = second;
         return text.substr(0, second);

@@ -7,8 +7,9 @@
 // Roots (splitRoot; rootEnd is the index behind the root in the text):
 //   C:\dir\a.txt             -> "C:"            C:a.txt -> "C:" too (drive-relative)
 //   \\srv\share\a.txt        -> "\\srv\share"   the "\" behind the share name is required:
-//                                               \\srv\share alone throws ErrorException
-//   \\.\COM1, \\.\COM1\x     -> "\\.\COM1"      a device
+//                                               \\srv\share alone throws ErrorException, so
+//                                               does an empty server or share name
+//   \\.\COM1, \\.\COM1\x     -> "\\.\COM1"      a device; \\.\ with no name throws
 //   \\?\C:\dir\a.txt         -> "C:"            the long-form prefix goes; \\?\ not followed
 //                                               by a drive throws ErrorException
 //   \\?\UNC\srv\share\a.txt  -> "\\srv\share"   also with "\\?\unc\"
