@@ -46,8 +46,14 @@ void LineReader::readLine(AnsiString& out)
         const uint32_t available = bufferEnd - bufferBegin;
         const char* const hit = static_cast<const char*>(std::memchr(from, last, available));
         const uint32_t taken = hit ? uint32_t(hit - from) + 1 : available;
-        out.append(from, taken);
         bufferBegin += taken;
+        // The common case: the whole delimiter stands in this piece of the buffer.
+        if (hit && taken >= delimiterLength &&
+            std::memcmp(hit + 1 - delimiterLength, wanted, delimiterLength) == 0) {
+            out.append(from, taken - delimiterLength);
+            return;
+        }
+        out.append(from, taken);
         const uint32_t length = out.length();
         if (hit && length >= delimiterLength &&
             std::memcmp(out.c_str() + length - delimiterLength, wanted, delimiterLength) == 0) {

@@ -5,6 +5,8 @@
 
 #include <io.h>
 
+#include <cwchar>
+
 namespace Framework { namespace Io {
 
 namespace {
@@ -51,7 +53,7 @@ Path::Path(const String& text) : pathKind(PathKind::Unknown)
         if (pathKind == PathKind::Folder)
             foldNameIntoFolder();
     }
-    recompute();
+    recompute(clean);
 }
 
 Path::Path(const String& text, bool isFolder) : pathKind(PathKind::Unknown)
@@ -66,17 +68,32 @@ Path::Path(const String& text, bool isFolder) : pathKind(PathKind::Unknown)
     } else {
         pathKind = isDevice() ? PathKind::Device : PathKind::File;
     }
-    recompute();
+    recompute(clean);
 }
 
-void Path::recompute()
+void Path::recompute(const String& likely)
 {
+    const String* const pieces[] = {&parts.root, &parts.folder, &parts.name, &parts.extension};
+    uint32_t total = 0;
+    for (const String* piece : pieces)
+        total += piece->length();
+    // A text that was canonical already is the full text: share its block.
+    if (total == likely.length()) {
+        const wchar_t* at = likely.c_str();
+        bool same = true;
+        for (const String* piece : pieces) {
+            same = same && std::wmemcmp(at, piece->c_str(), piece->length()) == 0;
+            at += piece->length();
+        }
+        if (same) {
+            full = likely;
+            return;
+        }
+    }
     String joined;
-    joined.reserve(parts.root.length() + parts.folder.length() + parts.name.length() + parts.extension.length());
-    joined.append(parts.root);
-    joined.append(parts.folder);
-    joined.append(parts.name);
-    joined.append(parts.extension);
+    joined.reserve(total);
+    for (const String* piece : pieces)
+        joined.append(*piece);
     full = joined;
 }
 

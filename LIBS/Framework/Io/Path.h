@@ -113,7 +113,8 @@ public:
     void rename(const Path& target);
 
 private:
-    void recompute();
+    // The parts joined; likely is a text that may equal them already.
+    void recompute(const String& likely = String());
     void foldNameIntoFolder();
     PathKind kindAfterFolderChange() const;
 

@@ -46,6 +46,8 @@ bool isShareNamed(const String& text, uint32_t server, uint32_t first, uint32_t 
     return !(first == server + 1 && (t[server] == L'.' || t[server] == L'?'));
 }
 
+bool isDotDot(const wchar_t* begin, uint32_t length) { return length == 2 && begin[0] == L'.' && begin[1] == L'.'; }
+
 bool isDotComponent(const wchar_t* begin, uint32_t length)
 {
     return (length == 1 && begin[0] == L'.') || (length == 2 && begin[0] == L'.' && begin[1] == L'.');
@@ -60,10 +62,10 @@ String toLongForm(const String& text)
     if (copy.startsWith(L"\\\\?\\"))
         return copy;
     if (copy.startsWith(L"\\\\") && !copy.startsWith(L"\\\\.\\"))
-        return String(L"\\\\?\\unc\\") + copy.substr(2);
+        return concat(L"\\\\?\\unc\\", 8, copy.c_str() + 2, copy.length() - 2);
     if (copy.length() < longFormThreshold || !isDriveAbsolute(copy))
         return copy;
-    return String(L"\\\\?\\") + copy;
+    return concat(L"\\\\?\\", 4, copy.c_str(), copy.length());
 }
 
 String cleanPathText(const String& text)
@@ -229,30 +231,48 @@ String canonicalFolder(const String& text)
 {
     if (text.empty() || isCanonicalFolder(text))
         return text;
-    const bool rooted = isSeparator(text.c_str()[0]);
-    const Array<String> pieces = text.split(L"\\/");
-    Array<String> kept;
-    const String dot(L".");
-    const String dotDot(L"..");
-    if (rooted)
-        kept.add(String());
-    for (uint32_t i = 0; i < pieces.size(); ++i) {
-        const String& piece = pieces.at(i);
-        if (piece == dot)
+    // Components as spans of the text, kept or dropped one by one, then joined once.
+    struct Span
+    {
+        uint32_t begin;
+        uint32_t length;
+    };
+    const wchar_t* const t = text.c_str();
+    const uint32_t n = text.length();
+    const bool rooted = isSeparator(t[0]);
+    std::vector<Span> kept;
+    for (uint32_t i = 0; i < n;) {
+        uint32_t end = i;
+        while (end < n && !isSeparator(t[end]))
+            ++end;
+        const Span piece = {i, end - i};
+        i = end + 1;
+        if (piece.length == 0 || (piece.length == 1 && t[piece.begin] == L'.'))
             continue;
-        if (piece != dotDot) {
-            kept.add(piece);
-        } else if (kept.size() == 0 || kept.at(kept.size() - 1) == dotDot) {
-            kept.add(piece);
-        } else if (rooted && kept.size() == 1) {
-            throw new PathInvalidException(SITE, text);
+        if (!isDotDot(t + piece.begin, piece.length)) {
+            kept.push_back(piece);
+        } else if (kept.empty()) {
+            // A relative folder may start with "..", a rooted one can't climb above its root.
+            if (rooted)
+                throw new PathInvalidException(SITE, text);
+            kept.push_back(piece);
+        } else if (isDotDot(t + kept.back().begin, kept.back().length)) {
+            kept.push_back(piece);
         } else {
-            kept.erase(kept.size() - 1, 1);
+            kept.pop_back();
         }
     }
-    if (kept.size() == 0)
+    if (kept.empty() && !rooted)
         return String(L".\\");
-    return String::join(String(L"\\"), kept) + L'\\';
+    std::vector<wchar_t> joined;
+    joined.reserve(n + 2);
+    if (rooted)
+        joined.push_back(L'\\');
+    for (const Span& piece : kept) {
+        joined.insert(joined.end(), t + piece.begin, t + piece.begin + piece.length);
+        joined.push_back(L'\\');
+    }
+    return String(joined.data(), uint32_t(joined.size()));
 }
 
 String canonicalFolderText(const String& text)
