@@ -31,7 +31,8 @@ bool accessible(const String& text, int mode, uint32_t* lastError = nullptr);
 bool exists(const String& text);
 // Opens the text for reading and closes it again; true also for a sharing violation
 // or a denied access. The text goes to the platform as it is, with no long form: this
-// answers for device names.
+// answers for device names. The call is the wide _wfopen, so a name outside the ANSI
+// code page is asked for as it is.
 bool canOpen(const String& text);
 bool isFolderOnDisk(const String& text);
 // Readable but not writable. An empty text throws PathNotFoundException.

@@ -14,8 +14,11 @@
 //
 // Path(text) asks the file system whether the text names a folder (its only disk access
 // besides the operations at the end); Path(text, isFolder) takes the caller's word. A
-// text that ends with a separator is a folder either way. Neither ever makes a relative
-// text absolute: append it to Path(FileSystem::currentFolder(), true) for that.
+// text that ends with a separator is a folder either way, and a folder's last name is
+// folded into its folder part, "." and ".." included: Path(L"C:\\a\\..", true) is C:\.
+// The empty text gives the empty path, of kind Unknown, whatever the caller says.
+// Neither constructor makes a relative text absolute: append it to
+// Path(FileSystem::currentFolder(), true) for that.
 //
 // Failures: bad text throws from the constructor or the setter, and a setter that
 // throws leaves the path as it was. ErrorException for a "\\?\" not followed by a
