@@ -11,7 +11,7 @@ namespace Framework { namespace Io {
 namespace {
 
 const uint32_t npos = String::npos;
-// Texts from here on are handed to the platform with "\\?\" in front.
+// Drive paths from this length on are handed to the platform with "\\?\" in front.
 const uint32_t longFormThreshold = 256;
 
 bool isLetter(wchar_t c) { return std::iswalpha(c) != 0; }
@@ -50,7 +50,7 @@ bool isDotDot(const wchar_t* begin, uint32_t length) { return length == 2 && beg
 
 bool isDotComponent(const wchar_t* begin, uint32_t length)
 {
-    return (length == 1 && begin[0] == L'.') || (length == 2 && begin[0] == L'.' && begin[1] == L'.');
+    return (length == 1 && begin[0] == L'.') || isDotDot(begin, length);
 }
 
 }  // namespace

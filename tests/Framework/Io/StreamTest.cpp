@@ -56,13 +56,6 @@ TEST_F(StreamTest, BytesGoOutAndComeBackUnchanged)
     EXPECT_TRUE(in.isAtEnd());
     EXPECT_EQ(0u, in.read(back.data(), String::npos)) << "the end is no error";
     expectThrown<EndOfStreamException>([&] { in.readExact(back.data(), 1); });
-    in.seek(1);
-    in.skip(2);
-    in.readExact(back.data(), 2);
-    EXPECT_EQ("\nb", std::string(back.data(), 2));
-    in.moveBackward(5);
-    EXPECT_EQ(0u, in.position());
-    expectThrown<Io::ErrorException>([&] { in.moveBackward(1); });
 }
 
 TEST_F(StreamTest, OpeningClosingAndTheirFailures)
@@ -86,9 +79,6 @@ TEST_F(StreamTest, OpeningClosingAndTheirFailures)
     EXPECT_TRUE(in.isAtEnd());
     expectThrown<Io::ErrorException>([&] { in.open(at(L"empty.bin")); });
     in.close();
-    in.close();
-    EXPECT_FALSE(in.isOpen());
-    EXPECT_EQ(String(), in.pathText());
 
     FileOutputStream out;
     auto device = expectThrown<Framework::ErrorException>([&] { out.open(L"\\\\.\\COM1", false); });
@@ -136,7 +126,9 @@ TEST_F(StreamTest, SeekingStopsAtTheEndAndCuttingNeedsNoFlush)
     in.seek(20);
     expectThrown<EndOfStreamException>([&] { in.seek(21); });
     expectThrown<EndOfStreamException>([&] { in.skip(1); });
-    EXPECT_EQ(20u, in.position());
+    in.moveBackward(20);
+    expectThrown<Io::ErrorException>([&] { in.moveBackward(1); });
+    EXPECT_EQ(0u, in.position());
     in.close();
 
     // A FILE that has read ahead is cut where it stands, not where the system's file
