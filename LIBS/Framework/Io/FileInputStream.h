@@ -1,0 +1,50 @@
+// Reads a file through the runtime's stdio, in binary mode. The position and the size
+// live in the object: the size is measured once, at open, so position(), size() and
+// isAtEnd() make no runtime call, and a file that grows after open reads as it was.
+//
+// Closed from construction until open(); open on an open stream, or with an empty
+// path, throws Io::ErrorException, and a failed open leaves it closed. A closed stream
+// can be opened again. The destructor closes.
+#pragma once
+#include "Framework/Io/Stream.h"
+
+#include <cstdio>
+
+namespace Framework { namespace Io {
+
+class FileInputStream : public SeekableInputStream
+{
+public:
+    FileInputStream();
+    FileInputStream(const FileInputStream&) = delete;
+    FileInputStream& operator=(const FileInputStream&) = delete;
+    ~FileInputStream() override;
+
+    void open(const String& path);
+    void close() override;
+    bool isOpen() const override { return file != nullptr; }
+    bool isAtEnd() const override { return currentPosition >= fileLength; }
+
+    // npos reads the rest (as much of it as 32 bits count); 0 at the end.
+    uint32_t read(void* buffer, uint32_t count) override;
+    uint64_t size() const override { return fileLength; }
+
+    // Up to the size and no further: behind it throws EndOfStreamException.
+    void seek(uint64_t position) override;
+    void seekToEnd() override;
+    uint64_t position() const override { return currentPosition; }
+    void moveForward(uint64_t count) override;
+    // Behind the start throws Io::ErrorException.
+    void moveBackward(uint64_t count) override;
+
+    // The text given to open; empty when closed.
+    const String& pathText() const { return openPath; }
+
+private:
+    FILE* file;
+    uint64_t currentPosition;
+    uint64_t fileLength;
+    String openPath;
+};
+
+}}  // namespace Framework::Io

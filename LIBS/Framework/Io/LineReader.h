@@ -1,0 +1,48 @@
+// Splits what an input stream gives into lines at a delimiter of one or more bytes.
+// The delimiter is not part of a line. Bytes stay bytes: no encoding, and a "\n"
+// delimiter leaves the "\r" of a CRLF line in place. With no delimiter set, a zero
+// byte ends a line.
+//
+// The match is simple and never looks back: a byte that breaks a partial match is
+// not tried again as the start of the delimiter.
+//
+//   delimiter "\n",   bytes "a\r\nb\n"  ->  "a\r", "b", then isAtEnd()
+//   delimiter "\n",   bytes "a\n\nb"    ->  "a", "", "b"   (a last line needs no end)
+//   delimiter "ab",   bytes "xaab"      ->  "xaab": the second "a" broke the match
+//   delimiter "\r\n", bytes "a\r\r\nb"  ->  "a\r\r\nb", for the same reason
+//   delimiter "\r\n", bytes "a\r"       ->  "a": a delimiter begun at the very end
+//                                           of the stream is dropped
+//
+// The reader takes the stream one byte at a time and keeps nothing back: after a
+// line, the stream stands right behind its delimiter, and the caller may go on
+// reading the stream itself. Over a file stream the runtime's buffer makes the byte
+// reads cheap. The stream isn't owned and must outlive the reader. readLine at the
+// end throws IterationException; what the stream throws goes through.
+#pragma once
+#include "Framework/Io/Stream.h"
+
+namespace Framework { namespace Io {
+
+class LineReader
+{
+public:
+    explicit LineReader(InputStream& stream);
+    LineReader(const LineReader&) = delete;
+    LineReader& operator=(const LineReader&) = delete;
+
+    // Replaces out with the next line; detaches out.
+    virtual void readLine(AnsiString& out);
+    // The stream is at its end.
+    virtual bool isAtEnd() const;
+    virtual ~LineReader() = default;
+
+    void setDelimiter(const AnsiString& text);
+
+private:
+    InputStream* stream;
+    AnsiString delimiter;
+    // At least 1: an empty delimiter is its terminating zero.
+    uint32_t delimiterLength;
+};
+
+}}  // namespace Framework::Io
