@@ -13,10 +13,10 @@
 //   delimiter "\r\n", bytes "a\r"       ->  "a": a delimiter begun at the very end
 //                                           of the stream is dropped
 //
-// The reader takes the stream one byte at a time and keeps nothing back: after a
-// line, the stream stands right behind its delimiter, and the caller may go on
-// reading the stream itself. Over a file stream the runtime's buffer makes the byte
-// reads cheap. The stream isn't owned and must outlive the reader. readLine at the
+// The reader keeps nothing back: after a line, the stream stands right behind its
+// delimiter, and the caller may go on reading the stream itself. A seekable stream is
+// read in pieces and what follows the line is given back with moveBackward; any other
+// stream is read one byte at a time. The stream isn't owned and must outlive the reader. readLine at the
 // end throws IterationException; what the stream throws goes through.
 #pragma once
 #include "Framework/Io/Stream.h"
