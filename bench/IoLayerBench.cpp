@@ -13,6 +13,7 @@
 #include "Framework/Io/FileInputStream.h"
 #include "Framework/Io/LineReader.h"
 #include "Framework/Io/Path.h"
+#include "bench/BenchClock.h"
 
 #include <windows.h>
 
@@ -28,30 +29,7 @@ using namespace Framework::Io;
 
 namespace {
 
-double secondsNow()
-{
-    LARGE_INTEGER frequency, counter;
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&counter);
-    return double(counter.QuadPart) / double(frequency.QuadPart);
-}
-
-template <class Body>
-double nanosecondsPerRound(int rounds, Body body)
-{
-    body(rounds / 10);  // warm up
-    const double start = secondsNow();
-    body(rounds);
-    return (secondsNow() - start) * 1e9 / rounds;
-}
-
-volatile size_t sink;
-
-void report(const char* what, const char* baselineName, double ours, double baseline)
-{
-    std::printf("%-40s ours %9.1f ns   %-22s %9.1f ns   ratio %.2f\n", what, ours, baselineName, baseline,
-                ours / baseline);
-}
+using namespace bench;
 
 // Lines of 0 to 159 characters, as a log or a configuration has them.
 size_t writeTextFile(const std::wstring& name, size_t bytes)

@@ -10,6 +10,7 @@
 #include "Framework/FormatEngine.h"
 #include "Framework/MemoryValues.h"
 #include "Framework/String.h"
+#include "bench/BenchClock.h"
 
 #include <windows.h>
 
@@ -22,30 +23,7 @@ using Framework::String;
 
 namespace {
 
-double secondsNow()
-{
-    LARGE_INTEGER frequency, counter;
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&counter);
-    return double(counter.QuadPart) / double(frequency.QuadPart);
-}
-
-template <class Body>
-double nanosecondsPerRound(int rounds, Body body)
-{
-    body(rounds / 10);  // warm up
-    const double start = secondsNow();
-    body(rounds);
-    return (secondsNow() - start) * 1e9 / rounds;
-}
-
-volatile size_t sink;
-
-void report(const char* what, const char* baselineName, double ours, double baseline)
-{
-    std::printf("%-40s ours %9.1f ns   %-14s %9.1f ns   ratio %.2f\n", what, ours, baselineName, baseline,
-                ours / baseline);
-}
+using namespace bench;
 
 void copiesAndConcatenation(int rounds)
 {

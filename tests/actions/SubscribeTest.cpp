@@ -112,11 +112,7 @@ TEST_F(SubscribeTest, ACrashInsideTheMailClientEndsTheActionQuietly)
 
 TEST_F(SubscribeTest, WithoutAUsableClientTheFallbackLibraryIsAsked)
 {
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring fallback(program);
-    fallback = fallback.substr(0, fallback.find_last_of(L'\\') + 1) + L"MAPI32.DLL";
-
+    const std::wstring fallback = MailClient::fallbackLibraryPath();
     InstallerSession session(mail);
     const DWORD number = 1;
     client.setDllPath(REG_DWORD, &number, sizeof number);

@@ -187,11 +187,7 @@ TEST(fw_send_mailTest, AnAttachmentGoesWhenUsableAndIsDroppedWhenTheClientCannot
 // that stands beside this program, where the library is looked for first.
 TEST(fw_send_mailTest, WithoutAUsableClientTheSenderTakesMapi32)
 {
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring fallback(program);
-    fallback = fallback.substr(0, fallback.find_last_of(L'\\') + 1) + L"mapi32.dll";
-
+    const std::wstring fallback = MailClient::fallbackLibraryPath();
     const auto expectFallback = [&](MailClient& client, const char* why) {
         client.clear();
         EXPECT_TRUE(send("a@example.com")) << why;

@@ -94,6 +94,14 @@ std::wstring MailClient::libraryPath()
     return path;
 }
 
+std::wstring MailClient::fallbackLibraryPath()
+{
+    wchar_t program[MAX_PATH];
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    const std::wstring path(program);
+    return path.substr(0, path.find_last_of(L'\\') + 1) + L"MAPI32.DLL";
+}
+
 MailClient::MailClient(Registration registration)
 {
     // One fixed file: a death test's child makes its own MailClient when it runs the

@@ -53,6 +53,9 @@ public:
 
     // The client's library, from KORVALIN_MAIL_CLIENT_DLL.
     static std::wstring libraryPath();
+    // The copy named MAPI32.DLL beside the test program: where the sender's fallback
+    // lands, with backslashes.
+    static std::wstring fallbackLibraryPath();
     static const wchar_t* const clientName;
 
 private:
