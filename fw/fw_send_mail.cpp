@@ -19,10 +19,9 @@ fw_string mailLibraryPath()
                                    fw_string("SOFTWARE\\Clients\\Mail"));
     fw_string client;
     fw_string library;
-    if (clients.readString(fw_string(), fw_string(), client) && !client.empty()) {
-        if (!clients.readString(client, fw_string("DllPath"), library))
-            library = fw_string();
-    }
+    // A failed read leaves `library` empty.
+    if (clients.readString(fw_string(), fw_string(), client) && !client.empty())
+        clients.readString(client, fw_string("DllPath"), library);
     if (library.empty())
         library = fw_string("MAPI32.DLL");
     return library;

@@ -345,32 +345,27 @@ char& fw_string::operator[](uint32_t position)
     return writable()[position];
 }
 
-fw_string fw_string::split_first(char c)
+fw_string fw_string::split_at(const char* hit)
 {
-    const char* text = c_str();
-    const char* hit = c ? std::strchr(text, c) : nullptr;
     if (!hit) {
         fw_string whole(*this);
         release();
         return whole;
     }
+    const char* text = c_str();
     fw_string head(text, static_cast<uint32_t>(hit - text));
     assign(hit + 1);
     return head;
 }
 
+fw_string fw_string::split_first(char c)
+{
+    return split_at(c ? std::strchr(c_str(), c) : nullptr);
+}
+
 fw_string fw_string::split_first_of(const char* characters)
 {
-    const char* text = c_str();
-    const char* hit = characters && characters[0] ? std::strpbrk(text, characters) : nullptr;
-    if (!hit) {
-        fw_string whole(*this);
-        release();
-        return whole;
-    }
-    fw_string head(text, static_cast<uint32_t>(hit - text));
-    assign(hit + 1);
-    return head;
+    return split_at(characters && characters[0] ? std::strpbrk(c_str(), characters) : nullptr);
 }
 
 uint32_t fw_string::count_tail_without(const char* characters) const

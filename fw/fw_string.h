@@ -123,6 +123,8 @@ private:
     uint32_t capacityField;
 
     void release();
+    // split_first at `hit`, a pointer into c_str(); null: no separator.
+    fw_string split_at(const char* hit);
     bool holds(const char* text) const;
 };
 

@@ -93,9 +93,3 @@ SeenBox MessageBoxWatcher::stop()
     WaitForSingleObject(thread, INFINITE);
     return box;
 }
-
-SeenBox MessageBoxWatcher::wait()
-{
-    WaitForSingleObject(thread, INFINITE);
-    return box;
-}

@@ -38,8 +38,6 @@ public:
     // Waits until the box has been closed or, if none came yet, stops looking; the box
     // seen, if any.
     SeenBox stop();
-    // Waits until a box has been seen and closed, up to the timeout.
-    SeenBox wait();
 
 private:
     static DWORD WINAPI run(void* self);

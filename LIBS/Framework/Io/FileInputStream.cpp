@@ -13,14 +13,7 @@ void FileInputStream::open(const String& path)
 {
     if (file || path.empty())
         throw new Io::ErrorException(SITE);
-    FILE* opened = openFile(path, L"rb");
-    try {
-        fileLength = fileSize(opened);
-    } catch (Exception*) {
-        closeFile(opened);
-        throw;
-    }
-    file = opened;
+    file = openMeasuredFile(path, L"rb", fileLength);
     currentPosition = 0;
     openPath = path;
 }

@@ -28,14 +28,7 @@ void FileOutputStream::open(const String& path, bool truncate)
         throw new Framework::ErrorException(SITE);
     if (!FileSystem::exists(path))
         Path(path, false).ensureExists();
-    FILE* opened = openFile(path, L"r+b");
-    try {
-        fileLength = fileSize(opened);
-    } catch (Exception*) {
-        closeFile(opened);
-        throw;
-    }
-    file = opened;
+    file = openMeasuredFile(path, L"r+b", fileLength);
     currentPosition = 0;
     openPath = path;
     if (truncate)

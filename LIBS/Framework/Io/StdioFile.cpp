@@ -48,6 +48,18 @@ FILE* openFile(const String& path, const wchar_t* mode)
     return file;
 }
 
+FILE* openMeasuredFile(const String& path, const wchar_t* mode, uint64_t& size)
+{
+    FILE* file = openFile(path, mode);
+    try {
+        size = fileSize(file);
+    } catch (Exception*) {
+        closeFile(file);
+        throw;
+    }
+    return file;
+}
+
 void closeFile(FILE* file) { std::fclose(file); }
 
 uint32_t readFile(FILE* file, void* buffer, uint32_t count)

@@ -28,6 +28,9 @@ namespace Framework { namespace Io {
 
 // _wfopen of the long form, with a wide mode such as L"rb".
 FILE* openFile(const String& path, const wchar_t* mode);
+// openFile, then fileSize into `size`; a file that cannot be measured is closed
+// again before the failure goes on.
+FILE* openMeasuredFile(const String& path, const wchar_t* mode, uint64_t& size);
 // fclose; its result is not looked at.
 void closeFile(FILE* file);
 // fread of count bytes; reaching the end is not an error, only the error flag is.
