@@ -39,25 +39,6 @@ TEST(StringTest, EmptyFormsHaveNoBlockButAValidText)
     expectThrown<ErrorException>([] { AnsiString s(static_cast<const char*>(nullptr), 5); });
 }
 
-TEST(StringTest, CapacityFollowsTheSizingRules)
-{
-    EXPECT_EQ(128u, String(std::wstring(62, L'x').c_str()).capacity());
-    EXPECT_EQ(64u, String(std::wstring(61, L'x').c_str()).capacity());
-    EXPECT_EQ(64u, String(L"a").capacity());
-    EXPECT_EQ(64u, AnsiString("a").capacity());
-    EXPECT_EQ(128u, AnsiString(std::string(62, 'x').c_str()).capacity());
-    String s(L"abc");
-    // reserve rounds by (n + 10) & ~7 and reports the block less 2 bytes.
-    EXPECT_EQ(63u, s.reserve(10)) << "within the capacity nothing changes";
-    EXPECT_EQ(103u, s.reserve(100));
-    EXPECT_EQ(103u, s.reserve(103));
-    EXPECT_EQ(135u, s.reserve(126));
-    AnsiString n("abc");
-    EXPECT_EQ(102u, n.reserve(100));
-    EXPECT_EQ(L"abc", std::wstring(s.c_str()));
-    EXPECT_EQ(3u, s.length());
-}
-
 TEST(StringTest, CopiesShareUntilOneIsWritten)
 {
     String original(L"hello");

@@ -242,8 +242,9 @@ TEST_F(InstallTest, SetApplicationSizeBeforeInstallFinalizeLeavesTheEnginesSize)
 
 // Subscribe through msiexec, with the tests' mail client as the machine's default: the
 // mail goes out with the package's texts; a refusal shows the package's box in the
-// custom-action host, which a user closes, and the installation goes on; a crash in
-// the client ends the action quietly. The installation succeeds in every case.
+// custom-action host, which a user closes, and the installation goes on. (A crash in
+// the client is left to the session tests: Wine's engine reports a crashed host as a
+// success, so here it would pass either way.)
 TEST_F(InstallTest, SubscribeMailsOrShowsThePackagesBoxAndTheInstallationGoesOn)
 {
     const std::wstring package = testPackage(L"subscribe-probe.msi");
@@ -254,7 +255,7 @@ TEST_F(InstallTest, SubscribeMailsOrShowsThePackagesBoxAndTheInstallationGoesOn)
         const char* answer;
         bool box;
     };
-    for (const Row row : {Row{"success", false}, Row{"refuse", true}, Row{"crash", false}}) {
+    for (const Row row : {Row{"success", false}, Row{"refuse", true}}) {
         startClean(package, reachedKey);
         client.clear();
         client.answer(row.answer);

@@ -27,11 +27,6 @@ std::string ansi(const std::wstring& text)
     return buffer;
 }
 
-std::string narrow(const std::wstring& text)
-{
-    return std::string(text.begin(), text.end());
-}
-
 class SubscribeTest : public ::testing::Test
 {
 protected:
@@ -110,14 +105,3 @@ TEST_F(SubscribeTest, ACrashInsideTheMailClientEndsTheActionQuietly)
     EXPECT_EQ(3u, client.calls().size());
 }
 
-TEST_F(SubscribeTest, WithoutAUsableClientTheFallbackLibraryIsAsked)
-{
-    const std::wstring fallback = MailClient::fallbackLibraryPath();
-    InstallerSession session(mail);
-    const DWORD number = 1;
-    client.setDllPath(REG_DWORD, &number, sizeof number);
-    EXPECT_FALSE(subscribe(session).seen);
-    ASSERT_EQ(1u, client.sends().size());
-    EXPECT_EQ(0, _stricmp(narrow(fallback).c_str(), client.sends()[0]["module"].c_str()))
-        << client.sends()[0]["module"];
-}

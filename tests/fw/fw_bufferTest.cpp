@@ -6,21 +6,6 @@
 
 #include <cstring>
 
-TEST(fw_bufferTest, BlockSizesLeaveFourBytesOfHeader)
-{
-    struct Row {
-        uint32_t wanted;
-        uint32_t capacity;
-    };
-    const Row rows[] = {{0, 28}, {28, 28}, {29, 92}, {92, 92}, {93, 156}};
-    for (const Row& row : rows) {
-        fw_buffer b;
-        b.reserve(row.wanted, false);
-        EXPECT_EQ(row.capacity, b.capacity()) << "wanted " << row.wanted;
-        EXPECT_EQ(0u, b.size());
-    }
-}
-
 TEST(fw_bufferTest, BytesWithZerosAndSharing)
 {
     const uint8_t bytes[] = {1, 0, 2, 0, 3};

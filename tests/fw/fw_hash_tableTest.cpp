@@ -26,17 +26,6 @@ protected:
 
 }  // namespace
 
-TEST_F(fw_hash_tableTest, ANewTableHasOneChunkAndItsPrimeOfBuckets)
-{
-    fw_hash_table<uint32_t> table;
-    EXPECT_EQ(1020u, table.capacity_count()) << "16 entries round up to one chunk";
-    EXPECT_EQ(769u, table.bucket_count()) << "1020 * 51 / 128 = 406, the next prime in the table";
-    EXPECT_EQ(1u, table.chunk_count());
-    EXPECT_EQ(0u, table.size());
-    EXPECT_TRUE(table.find("absent") == table.end());
-    expectThrown<fw_exception_assert>([&] { table.at(table.find("absent")); });
-}
-
 TEST_F(fw_hash_tableTest, KeysAreComparedByContent)
 {
     fw_hash_table<uint32_t> table;

@@ -205,6 +205,9 @@ TEST(fw_send_mailTest, WithoutAUsableClientTheSenderTakesMapi32)
     const std::wstring path = MailClient::libraryPath();
     client.setDllPath(REG_EXPAND_SZ, path.c_str(), DWORD((path.size() + 1) * sizeof(wchar_t)));
     expectFallback(client, "a DllPath of REG_EXPAND_SZ");
+    const DWORD number = 1;
+    client.setDllPath(REG_DWORD, &number, sizeof number);
+    expectFallback(client, "a DllPath of REG_DWORD");
     client.setDllPath(REG_SZ, "", 1);
     expectFallback(client, "an empty DllPath");
 }
@@ -254,8 +257,6 @@ TEST(fw_registry_pathTest, ReadsTextValuesOnly)
 
     const fw_registry_path nowhere(fw_registry_root(fw_registry_root::none), fw_string("Software"));
     EXPECT_FALSE(nowhere.readString(fw_string(), fw_string(), result));
-    EXPECT_EQ("A\\B\\C", text(fw_registry_path(fw_registry_root(), fw_string("A//B/")).fullPath(fw_string("\\C\\"))));
-    EXPECT_EQ("C", text(fw_registry_path(fw_registry_root(), fw_string()).fullPath(fw_string("C"))));
 }
 
 TEST(fw_path_existsTest, FilesAndFoldersOnTheRealDisk)
@@ -292,8 +293,6 @@ TEST(fw_path_existsTest, FilesAndFoldersOnTheRealDisk)
     }
     RemoveDirectoryA("fw_path_exists folder");
 
-    EXPECT_EQ("a/b/c", text(fw_normal_path(fw_string("a//b\\\\c"))));
-    EXPECT_EQ("/a/b", text(fw_normal_path(fw_string("\\a\\b\\"))));
     EXPECT_EQ("\\/server/share", text(fw_normal_path(fw_string("\\\\server\\share"))));
 }
 

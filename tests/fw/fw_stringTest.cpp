@@ -4,21 +4,6 @@
 
 #include <gtest/gtest.h>
 
-TEST(fw_stringTest, BlockSizesStepBySixtyFour)
-{
-    struct Row {
-        uint32_t wanted;
-        uint32_t capacity;
-    };
-    const Row rows[] = {{0, 27}, {27, 27}, {28, 91}, {91, 91}, {92, 155}, {155, 155}, {156, 219}};
-    for (const Row& row : rows) {
-        fw_string s;
-        s.reserve(row.wanted, false);
-        EXPECT_EQ(row.capacity, s.capacity()) << "wanted " << row.wanted;
-        EXPECT_STREQ("", s.c_str());
-    }
-}
-
 TEST(fw_stringTest, CopiesShareAndWritesDetach)
 {
     fw_string a("shared");
