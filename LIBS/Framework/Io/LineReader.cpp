@@ -4,7 +4,20 @@
 
 namespace Framework { namespace Io {
 
-LineReader::LineReader(InputStream& stream) : stream(&stream), delimiterLength(1) {}
+LineReader::LineReader(InputStream& stream) : stream(&stream), delimiterLength(1), aheadStart(0), aheadEnd(0) {}
+
+LineReader::~LineReader()
+{
+    if (aheadStart == aheadEnd)
+        return;
+    // Only a seekable stream is ever read ahead. A destructor must not throw: a stream
+    // closed behind the reader's back keeps its position, which no one can read then.
+    try {
+        static_cast<SeekableInputStream*>(stream)->moveBackward(aheadEnd - aheadStart);
+    } catch (Exception* failure) {
+        delete failure;
+    }
+}
 
 void LineReader::setDelimiter(const AnsiString& text)
 {
@@ -12,44 +25,46 @@ void LineReader::setDelimiter(const AnsiString& text)
     delimiterLength = text.empty() ? 1 : text.length();
 }
 
-bool LineReader::isAtEnd() const { return stream->isAtEnd(); }
+bool LineReader::isAtEnd() const { return aheadStart == aheadEnd && stream->isAtEnd(); }
 
 void LineReader::readLine(AnsiString& out)
 {
-    if (stream->isAtEnd())
+    if (isAtEnd())
         throw new IterationException(SITE);
     out.truncate(0);
     // c_str() ends with a zero, which an empty delimiter matches.
     const char* const wanted = delimiter.c_str();
     uint32_t matched = 0;
-    // A seekable stream is read a piece at a time, and what follows the line is
-    // given back; any other stream one byte at a time, so nothing is taken too many.
-    SeekableInputStream* const seekable = dynamic_cast<SeekableInputStream*>(stream);
-    char piece[4096];
-    const uint32_t pieceSize = seekable ? sizeof piece : 1;
-    while (!stream->isAtEnd()) {
-        const uint32_t n = stream->read(piece, pieceSize);
-        if (n == 0)
-            break;
+    const uint32_t pieceSize = dynamic_cast<SeekableInputStream*>(stream) ? sizeof ahead : 1;
+    for (;;) {
+        if (aheadStart == aheadEnd) {
+            if (stream->isAtEnd())
+                break;
+            aheadStart = 0;
+            aheadEnd = stream->read(ahead, pieceSize);
+            if (aheadEnd == 0)
+                break;
+        }
         // Bytes that cannot start the delimiter are appended in runs.
-        uint32_t runStart = 0;
-        for (uint32_t i = 0; i < n; ++i) {
-            const char c = piece[i];
+        uint32_t runStart = aheadStart;
+        for (uint32_t i = aheadStart; i < aheadEnd; ++i) {
+            const char c = ahead[i];
             if (matched == 0 && c != wanted[0])
                 continue;
-            out.append(piece + runStart, i - runStart);
+            out.append(ahead + runStart, i - runStart);
             runStart = i + 1;
             if (c != wanted[matched]) {
+                // The byte that broke the match isn't tried as the delimiter's start.
                 out.append(wanted, matched);
                 matched = 0;
                 out.append(c);
             } else if (++matched == delimiterLength) {
-                if (runStart < n)
-                    seekable->moveBackward(n - runStart);
+                aheadStart = i + 1;
                 return;
             }
         }
-        out.append(piece + runStart, n - runStart);
+        out.append(ahead + runStart, aheadEnd - runStart);
+        aheadStart = aheadEnd;
     }
     // A partial match at the end of the stream is dropped.
 }

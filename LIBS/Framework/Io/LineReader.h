@@ -13,11 +13,13 @@
 //   delimiter "\r\n", bytes "a\r"       ->  "a": a delimiter begun at the very end
 //                                           of the stream is dropped
 //
-// The reader keeps nothing back: after a line, the stream stands right behind its
-// delimiter, and the caller may go on reading the stream itself. A seekable stream is
-// read in pieces and what follows the line is given back with moveBackward; any other
-// stream is read one byte at a time. The stream isn't owned and must outlive the reader. readLine at the
-// end throws IterationException; what the stream throws goes through.
+// A seekable stream is read ahead in pieces, since a read per byte (or a seek per
+// line) costs a runtime call each; when the reader goes, it gives back what it read
+// ahead, so the stream then stands right behind the last line's delimiter and the
+// caller may go on reading it. Any other stream is read one byte at a time, so that
+// nothing is taken from it that isn't part of a line. The stream isn't owned and must
+// outlive the reader; while the reader lives, only the reader reads it. readLine at
+// the end throws IterationException; what the stream throws goes through.
 #pragma once
 #include "Framework/Io/Stream.h"
 
@@ -32,9 +34,10 @@ public:
 
     // Replaces out with the next line; detaches out.
     virtual void readLine(AnsiString& out);
-    // The stream is at its end.
+    // The stream is at its end and nothing read ahead is left.
     virtual bool isAtEnd() const;
-    virtual ~LineReader() = default;
+    // Gives back to a seekable stream what was read ahead.
+    virtual ~LineReader();
 
     void setDelimiter(const AnsiString& text);
 
@@ -43,6 +46,10 @@ private:
     AnsiString delimiter;
     // At least 1: an empty delimiter is its terminating zero.
     uint32_t delimiterLength;
+    // Read from the stream but not yet handed out: ahead[aheadStart, aheadEnd).
+    char ahead[4096];
+    uint32_t aheadStart;
+    uint32_t aheadEnd;
 };
 
 }}  // namespace Framework::Io

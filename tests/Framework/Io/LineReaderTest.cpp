@@ -96,16 +96,19 @@ TEST(LineReaderTest, LinesEndWhereTheDelimiterMatchesWhateverTheReadsGive)
     }
 }
 
-// The reader keeps nothing back: the stream stands right behind the line's delimiter.
-TEST(LineReaderTest, TheStreamStandsBehindTheLastLine)
+// What the reader read ahead goes back to the stream when the reader goes.
+TEST(LineReaderTest, TheStreamStandsBehindTheLastLineOnceTheReaderIsGone)
 {
     const std::string bytes = "header\r\nrest";
     MemoryInputStream memory(bytes.data(), uint32_t(bytes.size()));
-    LineReader reader(memory);
-    reader.setDelimiter("\r\n");
-    AnsiString line;
-    reader.readLine(line);
-    EXPECT_EQ(AnsiString("header"), line);
+    {
+        LineReader reader(memory);
+        reader.setDelimiter("\r\n");
+        AnsiString line;
+        reader.readLine(line);
+        EXPECT_EQ(AnsiString("header"), line);
+        EXPECT_FALSE(reader.isAtEnd()) << "the rest is read ahead, not gone";
+    }
     EXPECT_EQ(8u, memory.position());
 }
 
