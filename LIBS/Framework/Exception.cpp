@@ -1,6 +1,7 @@
 #include "Framework/Exception.h"
 
-#include "Framework/OsException.h"
+#include "Framework/Diagnostics/StackDump.h"
+#include "Framework/Diagnostics/ThreadLocalPointer.h"
 
 #include <windows.h>
 #include <cstdio>
@@ -12,30 +13,11 @@ namespace Framework {
 
 namespace {
 
-// The thread-local cell through which a new exception finds its cause. Made when
-// the library is loaded, released when it is unloaded.
-class CurrentExceptionCell
-{
-public:
-    CurrentExceptionCell() : index(TlsAlloc())
-    {
-        if (index == TLS_OUT_OF_INDEXES)
-            throw new OsException(SITE, OsError(true), 0, String(), String());
-    }
-    ~CurrentExceptionCell() { TlsFree(index); }
+// The cell through which a new exception finds its cause. Made when the library is
+// loaded, released when it is unloaded.
+ThreadLocalPointer currentCell(nullptr);
 
-    Exception* get() const { return static_cast<Exception*>(TlsGetValue(index)); }
-    void set(Exception* exception)
-    {
-        if (!TlsSetValue(index, exception))
-            throw new OsException(SITE, OsError(true), 0, String(), String());
-    }
-
-private:
-    DWORD index;
-};
-
-CurrentExceptionCell currentCell;
+Exception* current() { return static_cast<Exception*>(currentCell.peek()); }
 
 void writeBoth(const char* text)
 {
@@ -62,7 +44,7 @@ UnrecoverableHandler unrecoverableHandler = defaultUnrecoverable;
 
 Exception* currentException()
 {
-    return currentCell.get();
+    return current();
 }
 
 UnrecoverableHandler setUnrecoverableHandler(UnrecoverableHandler handler)
@@ -77,14 +59,16 @@ Exception::Exception(const ThrowSite& site)
       siteTag(site.tag),
       siteLine(site.line),
       stackDump(nullptr),
-      cause(currentCell.get())
+      cause(current())
 {
     if (std::uncaught_exceptions() > 0) {
         // Built while the stack unwinds: there is no nesting of throws in flight.
         cause = nullptr;
-        unrecoverableHandler(currentCell.get(), this);
+        stackDump = new String(Framework::stackDump(nullptr));
+        unrecoverableHandler(current(), this);
         return;
     }
+    stackDump = new String(Framework::stackDump(nullptr));
     currentCell.set(this);
 }
 
@@ -95,7 +79,7 @@ Exception::~Exception()
         cause = nullptr;
     }
     delete stackDump;
-    if (currentCell.get() == this)
+    if (current() == this)
         currentCell.set(nullptr);
 }
 

@@ -14,15 +14,19 @@ std::wstring testPackage(const wchar_t* fileName)
 
 DWORD runMsiexec(const std::wstring& arguments)
 {
-    std::wstring commandLine = L"msiexec.exe " + arguments;
+    return runProgram(L"msiexec.exe " + arguments);
+}
+
+DWORD runProgram(const std::wstring& commandLine)
+{
     std::vector<wchar_t> writable(commandLine.begin(), commandLine.end());
     writable.push_back(0);
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
     if (!CreateProcessW(nullptr, writable.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
-        throw std::runtime_error("msiexec could not be started (error " + std::to_string(GetLastError()) +
-                                 "): msiexec " + std::string(arguments.begin(), arguments.end()));
+        throw std::runtime_error("could not start (error " + std::to_string(GetLastError()) +
+                                 "): " + std::string(commandLine.begin(), commandLine.end()));
     WaitForSingleObject(process.hProcess, INFINITE);
     DWORD exitCode = 0;
     GetExitCodeProcess(process.hProcess, &exitCode);

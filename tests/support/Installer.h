@@ -8,6 +8,8 @@
 
 // A package built for the tests, by file name, from KORVALIN_PACKAGES.
 std::wstring testPackage(const wchar_t* fileName);
+// Runs a command line in a process of its own, waits for it, returns its exit code.
+DWORD runProgram(const std::wstring& commandLine);
 // Runs "msiexec <arguments>" and returns its exit code.
 DWORD runMsiexec(const std::wstring& arguments);
 // Quiet install and uninstall with a verbose log beside the package. properties go on

@@ -1,0 +1,32 @@
+// The text of a thread's stack that every Framework exception carries: a head of
+// "Stack dump:", the module of the first address and its base, then one return
+// address a line, walked with the platform's StackWalk. When a .pdb stands beside
+// the main program, each line also gets its source place and symbol, the symbols
+// in one column:
+//
+//   Stack dump:
+//   Module: probe.exe
+//   Base: 00400000
+//   00401A2B StackDump.cpp:212 Framework::stackDump+0x4B
+//   00401C10                   inner()+0x1F
+//
+// The walk ends with the first frame it can't take, the same address twice in a row,
+// or beyond 100 addresses. Nothing here fails: a dump with less in it is still a dump.
+#pragma once
+#include "Framework/String.h"
+
+#include <cstdint>
+
+struct _CONTEXT;
+
+namespace Framework {
+
+// The stack from a processor context (left unchanged), or from the present point
+// when context is null.
+String stackDump(const _CONTEXT* context);
+
+// The caller's return address, its frame pointer and its stack pointer at the point
+// of the call.
+void currentFrame(uint32_t& instruction, uint32_t& frame, uint32_t& stack);
+
+}  // namespace Framework
