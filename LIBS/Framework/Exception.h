@@ -1,7 +1,7 @@
 // The root of the Framework exceptions, on the FW root so that a handler for
 // fw_exception pointers sees both layers. Each object carries its throw site, the
-// stack dump taken when it was built (none yet: the stack walker is not there), and
-// its cause: the exception that was alive on the same thread when it was built.
+// dump of the stack where it was built (Diagnostics/StackDump.h), and its cause: the
+// exception that was alive on the same thread when it was built.
 //
 // Chains come about by themselves. An exception built inside a handler, before the
 // caught one is deleted, adopts the caught one as its cause; so a handler that

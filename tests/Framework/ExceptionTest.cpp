@@ -205,7 +205,9 @@ TEST(ExceptionTest, DescriptionsOfTheClassesWithFields)
     EXPECT_EQ(FormatException::unknownPosition, syntax->position);
     syntax.reset();
     std::unique_ptr<NotImplementedException> unnamed(new NotImplementedException(SITE));
-    EXPECT_EQ(text(unnamed->siteText()) + "\n", text(unnamed->description(true)));
+    ASSERT_NE(nullptr, unnamed->getStackDump());
+    EXPECT_TRUE(startsWith(text(*unnamed->getStackDump()), "Stack dump:\r\nModule: framework_tests.exe\r\n"));
+    EXPECT_EQ(text(unnamed->siteText()) + "\n" + text(*unnamed->getStackDump()), text(unnamed->description(true)));
     unnamed.reset();
     std::unique_ptr<NotImplementedException> named(new NotImplementedException(SITE, String(L"Locking")));
     EXPECT_TRUE(startsWith(text(named->description(true)), "Unsupported: Locking\n"));
@@ -279,5 +281,7 @@ TEST(ExceptionDeathTest, TheDefaultUnrecoverableHandlerPrintsAndExitsWithOne)
             } catch (...) {
             }
         },
-        ::testing::ExitedWithCode(1), "Unrecoverable uncaught error\nRangeFrom: 0\nRangeTo: 3\nIndex: 5\n");
+        ::testing::ExitedWithCode(1),
+        "Unrecoverable uncaught error\nRangeFrom: 0\nRangeTo: 3\nIndex: 5\n\\w+\nStack dump:\r\nModule: "
+        "framework_tests\\.exe\r\nBase: \\w+\r\n\\w+\r\n");
 }
