@@ -25,7 +25,7 @@ if(NOT exports STREQUAL expected)
 endif()
 
 string(REGEX MATCHALL "DLL Name: [^\n]+" imports "${dump}")
-set(system KERNEL32.dll ADVAPI32.dll USER32.dll msi.dll msvcrt.dll ole32.dll IMAGEHLP.dll)
+set(system KERNEL32.dll ADVAPI32.dll USER32.dll msi.dll msvcrt.dll ole32.dll IMAGEHLP.dll IMAGEHLP.DLL)
 foreach(line IN LISTS imports)
     string(REPLACE "DLL Name: " "" name "${line}")
     if(NOT name IN_LIST system)
