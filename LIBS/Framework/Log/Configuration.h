@@ -1,0 +1,54 @@
+// What the logger is set up with: the threshold of each context, the one writer, and
+// the registry of formatters that writers take their formatters from. A value that
+// copies by sharing: a copy holds the same writer, registry and list of contexts.
+//
+// A context's threshold is that of the most specific entry whose name is the context
+// name or a whole "::" level above it, compared with case, else the default level:
+//   entries "A" DEBUG:  "A" -> DEBUG, "A::B" -> DEBUG, "AB" -> default, "a::b" -> default
+//
+// A fresh configuration is empty: no writer, no contexts, default level WARNING, and
+// a registry with the twelve built-in formatters, which are not ready until
+// prepareFormatters has run.
+#pragma once
+#include "Framework/Array.h"
+#include "Framework/Log/FormatterRegistry.h"
+#include "Framework/Log/Level.h"
+#include "Framework/Log/Writer.h"
+
+namespace Framework { namespace Log {
+
+struct ContextLevel
+{
+    String name;
+    Level level;
+};
+
+class Configuration
+{
+public:
+    Configuration();
+    virtual ~Configuration() = default;
+
+    // Takes no lock and allocates nothing.
+    Level levelFor(const String& contextName) const;
+    // By level name, without regard to case; an unknown name throws LookupException.
+    void setDefaultLevel(const String& levelName);
+    void setContextLevel(const String& levelName, const String& contextName);
+    // Null is allowed.
+    void setWriter(const SharedPointer<Writer>& newWriter);
+    // No writer and no contexts.
+    bool isEmpty() const;
+    // Gives every formatter in the registry the registry, then its default format.
+    void prepareFormatters();
+    // The default writer: a RotatedFileWriter of the mode's default file, "logd.txt"
+    // for mode 1 and "log.txt" for mode 2, with the formatter "Line". Any other mode
+    // throws ValueNotInitializedException.
+    void useDefaults(uint32_t mode);
+
+    Array<ContextLevel> contexts;
+    SharedPointer<Writer> writer;
+    SharedPointer<FormatterRegistry> formatters;
+    Level defaultLevel;
+};
+
+}}  // namespace Framework::Log

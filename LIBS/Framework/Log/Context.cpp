@@ -1,0 +1,79 @@
+#include "Framework/Log/Context.h"
+
+#include "Framework/Exceptions.h"
+#include "Framework/Log/Logger.h"
+
+#include <cstdarg>
+
+namespace Framework { namespace Log {
+
+namespace {
+
+Logger* noLogger()
+{
+    throw new ErrorException(SITE);
+}
+
+// va_end on every way out, the logger's exceptions included.
+struct Arguments
+{
+    ~Arguments() { va_end(list); }
+    va_list list;
+};
+
+}  // namespace
+
+Context::Context() : cachedLevel(0), provider(noLogger), cachedGeneration(0) {}
+
+Context::Context(const String& name, Provider provider)
+    : contextName(name), cachedLevel(0), provider(provider), cachedGeneration(0)
+{
+}
+
+Context::Context(const Context& other)
+    : contextName(other.contextName),
+      cachedLevel(other.cachedLevel),
+      provider(other.provider),
+      cachedGeneration(other.cachedGeneration.load())
+{
+}
+
+Context& Context::operator=(const Context& other)
+{
+    contextName = other.contextName;
+    cachedLevel = other.cachedLevel;
+    provider = other.provider;
+    cachedGeneration = other.cachedGeneration.load();
+    return *this;
+}
+
+bool Context::passes(Level level)
+{
+    if (cachedGeneration != 0 && cachedGeneration >= provider()->generation())
+        return cachedLevel <= uint32_t(level);
+    cachedLevel = uint32_t(provider()->levelFor(contextName));
+    cachedGeneration.exchange(provider()->generation());
+    return cachedLevel <= uint32_t(level);
+}
+
+void Context::debug(const ThrowSite* site, const char* format, ...)
+{
+    if (!passes(Level::Debug))
+        return;
+    Logger* logger = provider();
+    Arguments args;
+    va_start(args.list, format);
+    logger->log(*this, Level::Debug, site, format, args.list);
+}
+
+void Context::error(const ThrowSite* site, const char* format, ...)
+{
+    if (!passes(Level::Error))
+        return;
+    Logger* logger = provider();
+    Arguments args;
+    va_start(args.list, format);
+    logger->log(*this, Level::Error, site, format, args.list);
+}
+
+}}  // namespace Framework::Log

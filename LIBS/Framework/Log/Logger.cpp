@@ -1,0 +1,213 @@
+#include "Framework/Log/Logger.h"
+
+#include "Framework/Exceptions.h"
+#include "Framework/Log/Context.h"
+#include "fw/fw_raise.h"
+
+#include <sys/timeb.h>
+#include <ctime>
+#include <memory>
+
+namespace Framework { namespace Log {
+
+namespace {
+
+const wchar_t ownContext[] = L"Framework::Log::Logger";
+
+// Until the configuration search is there, the process's logger finds nothing and
+// works with the default writer and formatter.
+Configuration nothingFound(uint32_t, String& location)
+{
+    location = String();
+    return Configuration();
+}
+
+// Made among the static initialisers, before anything can log.
+CriticalSection instanceLock;
+SharedPointer<Logger> instanceHolder;
+
+}  // namespace
+
+Logger* Logger::instance()
+{
+    if (instanceHolder.isNull()) {
+        CriticalSection::Hold hold(instanceLock);
+        if (instanceHolder.isNull())
+            instanceHolder.reset(new Logger(2));
+    }
+    if (instanceHolder.isNull())
+        throw new ErrorException(SITE);
+    return instanceHolder.get();
+}
+
+uint64_t Logger::currentTime()
+{
+    struct __timeb64 now;
+    _ftime64(&now);
+    _tzset();
+    const int64_t offset = int64_t(_timezone) + int64_t(_dstbias) * (_daylight ? 1 : 0);
+    return uint64_t(int64_t(now.time) * 1000 - offset * 1000 + now.millitm);
+}
+
+Logger::Logger(uint32_t mode) : Logger(mode, nothingFound) {}
+
+Logger::Logger(uint32_t mode, Loader loader)
+    : generationCount(0),
+      mode(mode),
+      loader(loader),
+      disabled(false),
+      configured(false),
+      defaultsUsed(false),
+      buffering(true),
+      configuring(false),
+      startTime(currentTime())
+{
+}
+
+Logger::~Logger() = default;
+
+uint32_t Logger::generation()
+{
+    configure();
+    return generationCount;
+}
+
+Level Logger::levelFor(const String& contextName)
+{
+    configure();
+    CriticalSection::Hold hold(configLock);
+    return configuration.levelFor(contextName);
+}
+
+void Logger::log(const Context& context, Level level, const ThrowSite* site, const char* format, va_list args)
+{
+    // Nothing may get out of here: a failure turns logging off, without a word.
+    try {
+        if (disabled)
+            return;
+        configure();
+        flushOwnRecords();
+        if (!site || !format)
+            throw new ErrorException(SITE);
+        const String message = String::vformat(String(format).c_str(), args);
+        dispatch(makeRecord(context.name(), level, *site, message));
+    } catch (Exception* raw) {
+        std::unique_ptr<Exception> failure(raw);
+        disabled = true;
+    } catch (fw_exception* raw) {
+        std::unique_ptr<fw_exception> failure(raw);
+        disabled = true;
+        fw_clear_current();
+    } catch (...) {
+        disabled = true;
+    }
+}
+
+void Logger::configure()
+{
+    if (configured || configuring)
+        return;
+    CriticalSection::Hold hold(configLock);
+    if (configured || configuring)
+        return;
+    configuring = true;
+    struct StepEnd
+    {
+        std::atomic<bool>& flag;
+        ~StepEnd() { flag = false; }
+    } stepEnd{configuring};
+
+    String error;
+    String location;
+    try {
+        Configuration loaded = loader(mode, location);
+        if (!loaded.isEmpty() && loaded.writer.isNull())
+            loaded.setWriter(configuration.writer);
+        adopt(loaded);
+    } catch (Exception* raw) {
+        std::unique_ptr<Exception> failure(raw);
+        error = failure->description(true);
+    }
+    defaultsUsed = false;
+    if (configuration.writer.isNull()) {
+        configuration.useDefaults(mode);
+        defaultsUsed = true;
+    }
+    configuring = false;
+    configured = !configuration.writer.isNull();
+    hold.release();
+
+    if (!configured)
+        return;
+    if (!error.empty()) {
+        addOwnRecord(SITE, location.empty() ? String(L"Default configuration search failed")
+                                            : String(L"Failed configuration at ") + location,
+                     Level::Warning);
+        addOwnRecord(SITE, error, Level::Warning);
+    } else if (!location.empty()) {
+        addOwnRecord(SITE, String(L"Used configuration from ") + location, Level::Info);
+    }
+    if (defaultsUsed)
+        addOwnRecord(SITE, L"Used default writer and formatter", Level::Info);
+}
+
+void Logger::adopt(const Configuration& newConfiguration)
+{
+    CriticalSection::Hold hold(configLock);
+    disabled = false;
+    configuration = newConfiguration;
+    ++generationCount;
+    configured = !configuration.writer.isNull();
+}
+
+void Logger::addOwnRecord(const ThrowSite& site, const String& message, Level level)
+{
+    const Record record = makeRecord(ownContext, level, site, message);
+    CriticalSection::Hold hold(bufferLock);
+    if (buffering)
+        buffer.add(record);
+}
+
+void Logger::flushOwnRecords()
+{
+    if (!buffering)
+        return;
+    Array<Record> records;
+    {
+        CriticalSection::Hold hold(bufferLock);
+        if (!buffering)
+            return;
+        for (uint32_t i = 0; i < buffer.size(); ++i)
+            records.add(buffer.at(i));
+        buffer = Array<Record>();
+        buffering = false;
+    }
+    Level threshold;
+    {
+        CriticalSection::Hold hold(configLock);
+        threshold = configuration.levelFor(ownContext);
+    }
+    for (uint32_t i = 0; i < records.size(); ++i)
+        if (uint32_t(records.at(i).level) >= uint32_t(threshold))
+            dispatch(records.at(i));
+}
+
+void Logger::dispatch(const Record& record)
+{
+    SharedPointer<Writer> writer;
+    {
+        CriticalSection::Hold hold(configLock);
+        writer = configuration.writer;
+    }
+    if (writer.isNull())
+        throw new ErrorException(SITE);
+    writer->write(record);
+}
+
+Record Logger::makeRecord(const String& context, Level level, const ThrowSite& site, const String& message) const
+{
+    const uint64_t time = currentTime();
+    return Record{context, level, site, time - startTime, time, message};
+}
+
+}}  // namespace Framework::Log

@@ -1,0 +1,91 @@
+// The process's one logger, behind every Context: it holds the configuration (the
+// threshold of each context and the one writer), keeps its own early records until
+// the first message goes out, and hands each record to the writer.
+//
+// Everything is lazy. Logger::instance() makes the logger at the first call; the
+// first message, passing or not, configures it once: the loader's configuration is
+// adopted whole or not at all, and without a writer the default one is set up (a
+// RotatedFileWriter of "log.txt" with the "Line" formatter). The logger reports on
+// that step in records of its own context "Framework::Log::Logger", which wait in a
+// buffer with the time they were made and go out, those that pass that context's
+// threshold, just before the first message that passes its own; records it makes
+// after that are dropped.
+//
+// Locks: a static one for creating the logger, configLock around the configuration
+// step and each short read of the configuration, bufferLock around the buffer. No
+// thread holds two of them, and none is held while a record is formatted or written.
+//
+// log() swallows every failure (a bad format text, a writer without formatter, a full
+// disk) and turns logging off, silently, until another configuration is adopted.
+#pragma once
+#include "Framework/Array.h"
+#include "Framework/CriticalSection.h"
+#include "Framework/Log/Configuration.h"
+#include "Framework/Log/Record.h"
+
+#include <atomic>
+#include <cstdarg>
+
+namespace Framework { namespace Log {
+
+class Context;
+
+class Logger
+{
+public:
+    // Finds the configuration for a mode. It sets `location` to where it found one
+    // (empty for nowhere) before it can fail, and gives an empty configuration when
+    // there is none. A Framework exception from it is reported in the log, and the
+    // logger goes on with the default writer.
+    using Loader = Configuration (*)(uint32_t mode, String& location);
+
+    // The process's logger, made at the first call with mode 2.
+    static Logger* instance();
+    // Milliseconds since 1970 on the local clock: the zone's offset and, in a zone
+    // with daylight rules, its daylight bias all year are added to UTC.
+    static uint64_t currentTime();
+
+    // Mode 2 gives "log.txt" as the default file, mode 1 "logd.txt".
+    explicit Logger(uint32_t mode);
+    Logger(uint32_t mode, Loader loader);
+    Logger(const Logger&) = delete;
+    Logger& operator=(const Logger&) = delete;
+    // Does not close the writer: no footer is written.
+    virtual ~Logger();
+
+    // Both configure the logger first.
+    uint32_t generation();
+    Level levelFor(const String& contextName);
+    // The one path of a message; see above. Never throws.
+    void log(const Context& context, Level level, const ThrowSite* site, const char* format, va_list args);
+
+    // The configuration step, once in the logger's life.
+    void configure();
+    // Takes the configuration whole and turns logging back on.
+    void adopt(const Configuration& newConfiguration);
+    // Buffers a record of the logger's own context, until the first flush.
+    void addOwnRecord(const ThrowSite& site, const String& message, Level level);
+    // Sends the buffered records that pass the threshold of the logger's own context.
+    void flushOwnRecords();
+    // To the writer; no writer throws ErrorException.
+    void dispatch(const Record& record);
+
+private:
+    Record makeRecord(const String& context, Level level, const ThrowSite& site, const String& message) const;
+
+    std::atomic<uint32_t> generationCount;
+    Configuration configuration;
+    uint32_t mode;
+    Loader loader;
+    std::atomic<bool> disabled;
+    std::atomic<bool> configured;
+    std::atomic<bool> defaultsUsed;
+    std::atomic<bool> buffering;
+    std::atomic<bool> configuring;
+    Array<Record> buffer;
+    CriticalSection bufferLock;
+    CriticalSection configLock;
+    uint64_t startTime;
+};
+
+}}  // namespace Framework::Log
