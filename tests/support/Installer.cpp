@@ -35,6 +35,47 @@ DWORD runProgram(const std::wstring& commandLine)
     return exitCode;
 }
 
+DWORD runProgram(const std::wstring& commandLine, std::string& output)
+{
+    SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+    HANDLE readEnd = nullptr;
+    HANDLE writeEnd = nullptr;
+    if (!CreatePipe(&readEnd, &writeEnd, &inheritable, 0))
+        throw std::runtime_error("CreatePipe failed: " + std::to_string(GetLastError()));
+    SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
+    std::vector<wchar_t> writable(commandLine.begin(), commandLine.end());
+    writable.push_back(0);
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = writeEnd;
+    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    PROCESS_INFORMATION process = {};
+    const BOOL started =
+        CreateProcessW(nullptr, writable.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process);
+    const DWORD startError = GetLastError();
+    // Only the child holds the write end now, so reading ends when it exits.
+    CloseHandle(writeEnd);
+    if (!started) {
+        CloseHandle(readEnd);
+        throw std::runtime_error("could not start (error " + std::to_string(startError) +
+                                 "): " + std::string(commandLine.begin(), commandLine.end()));
+    }
+    output.clear();
+    char buffer[4096];
+    DWORD got = 0;
+    while (ReadFile(readEnd, buffer, sizeof buffer, &got, nullptr) && got > 0)
+        output.append(buffer, got);
+    CloseHandle(readEnd);
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD exitCode = 0;
+    GetExitCodeProcess(process.hProcess, &exitCode);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return exitCode;
+}
+
 DWORD installQuietly(const std::wstring& package, const std::wstring& properties)
 {
     return runMsiexec(L"/i \"" + package + L"\" /qn /l*v \"" + package + L".install.log\" " + properties);

@@ -10,6 +10,9 @@
 std::wstring testPackage(const wchar_t* fileName);
 // Runs a command line in a process of its own, waits for it, returns its exit code.
 DWORD runProgram(const std::wstring& commandLine);
+// The same, with the program's standard output read from a pipe into `output`, as
+// the bytes it wrote.
+DWORD runProgram(const std::wstring& commandLine, std::string& output);
 // Runs "msiexec <arguments>" and returns its exit code.
 DWORD runMsiexec(const std::wstring& arguments);
 // Quiet install and uninstall with a verbose log beside the package. properties go on

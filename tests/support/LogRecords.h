@@ -1,0 +1,43 @@
+// Records and formatters for tests of the log layer: a record with known fields, a
+// formatter that hands a record's message over untouched (so a test sees exactly
+// what a writer does with a text), and a configuration whose formatters are ready.
+#pragma once
+#include "Framework/Log/Configuration.h"
+#include "Framework/Log/LineFormatter.h"
+#include "Framework/Log/Record.h"
+
+// 2013-02-20 08:21:24 as the logger's clock gives it (already local).
+const uint64_t knownTime = 1361348484000ull;
+
+inline Framework::Log::Record recordWith(const wchar_t* message, Framework::Log::Level level = Framework::Log::Level::Error,
+                                         const wchar_t* context = L"Framework")
+{
+    return Framework::Log::Record{context, level, SITE, 1234, knownTime, message};
+}
+
+class VerbatimFormatter : public Framework::Log::Formatter
+{
+public:
+    Framework::String format(const Framework::Log::Record& record) const override { return record.message; }
+    Framework::String name() const override { return L"Verbatim"; }
+};
+
+inline Framework::SharedPointer<Framework::Log::Formatter> verbatimFormatter()
+{
+    return Framework::SharedPointer<Framework::Log::Formatter>(new VerbatimFormatter);
+}
+
+// A configuration with its formatters ready and, if `line` is given, a LineFormatter
+// of that template under the name "test".
+inline Framework::Log::Configuration readyConfiguration(const wchar_t* line = nullptr)
+{
+    Framework::Log::Configuration configuration;
+    configuration.prepareFormatters();
+    if (line) {
+        Framework::SharedPointer<Framework::Log::Formatter> formatter(new Framework::Log::LineFormatter);
+        configuration.formatters->add(L"test", formatter);
+        formatter->setFormatters(configuration.formatters);
+        formatter->setFormat(line);
+    }
+    return configuration;
+}
