@@ -44,29 +44,6 @@ const char* const monthNames[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
     std::abort();
 }
 
-void out_of_memory()
-{
-    const LONG thisThread = LONG(GetCurrentThreadId());
-    // Not even the exception could be made, the reserve given back: the one answer
-    // left is the standard one.
-    if (buildingThread == thisThread)
-        throw std::bad_alloc();
-    std::free(InterlockedExchangePointer(const_cast<void**>(&memoryReserve), nullptr));
-    const bool marked = InterlockedCompareExchange(&buildingThread, thisThread, 0) == 0;
-    fw_exception_memory* exception = nullptr;
-    try {
-        exception = new fw_exception_memory();
-    } catch (...) {
-        if (marked)
-            buildingThread = 0;
-        throw;
-    }
-    if (marked)
-        buildingThread = 0;
-    fw_raise(exception);
-    throw exception;
-}
-
 fw_string valueOr(const fw_string* value, const char* fallback)
 {
     fw_require_initialized();
@@ -99,9 +76,32 @@ void takeDown()
 
 }  // namespace
 
+void fw_raise_memory()
+{
+    const LONG thisThread = LONG(GetCurrentThreadId());
+    // Not even the exception could be made, the reserve given back: the one answer
+    // left is the standard one.
+    if (buildingThread == thisThread)
+        throw std::bad_alloc();
+    std::free(InterlockedExchangePointer(const_cast<void**>(&memoryReserve), nullptr));
+    const bool marked = InterlockedCompareExchange(&buildingThread, thisThread, 0) == 0;
+    fw_exception_memory* exception = nullptr;
+    try {
+        exception = new fw_exception_memory();
+    } catch (...) {
+        if (marked)
+            buildingThread = 0;
+        throw;
+    }
+    if (marked)
+        buildingThread = 0;
+    fw_raise(exception);
+    throw exception;
+}
+
 fw_library::fw_library()
 {
-    const std::new_handler before = std::set_new_handler(out_of_memory);
+    const std::new_handler before = std::set_new_handler(fw_raise_memory);
     if (fw_initialized)
         stop("Double initializing FW library");
     previousNewHandler = before;

@@ -35,6 +35,11 @@ public:
     virtual ~fw_library();
 };
 
+// The allocation-failure handler of the layer, also usable while it is down: raises
+// and throws fw_exception_memory, made from a reserve kept for the purpose when the
+// layer is up; std::bad_alloc when even that can't be made.
+[[noreturn]] void fw_raise_memory();
+
 // Set by the bring-up, cleared at the end of the teardown.
 extern bool fw_initialized;
 // The named settings of the layer; null while the layer is down.

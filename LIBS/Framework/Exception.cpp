@@ -1,5 +1,6 @@
 #include "Framework/Exception.h"
 
+#include "Framework/Diagnostics/Crt.h"
 #include "Framework/Diagnostics/StackDump.h"
 #include "Framework/Diagnostics/ThreadLocalPointer.h"
 
@@ -61,6 +62,9 @@ Exception::Exception(const ThrowSite& site)
       stackDump(nullptr),
       cause(current())
 {
+    // The fatal handlers are installed at load; this is the safeguard for a module
+    // whose static initialisers haven't run in the expected order.
+    Crt::initialize();
     if (std::uncaught_exceptions() > 0) {
         // Built while the stack unwinds: there is no nesting of throws in flight.
         cause = nullptr;

@@ -1,6 +1,7 @@
 #include "Framework/Log/Logger.h"
 
 #include "Framework/Exceptions.h"
+#include "Framework/Log/ConfigurationLoader.h"
 #include "Framework/Log/Context.h"
 #include "fw/fw_raise.h"
 
@@ -14,12 +15,16 @@ namespace {
 
 const wchar_t ownContext[] = L"Framework::Log::Logger";
 
-// Until the configuration search is there, the process's logger finds nothing and
-// works with the default writer and formatter.
-Configuration nothingFound(uint32_t, String& location)
+// The search and the reader. Where the text was found is passed on even when reading
+// it fails, so that the report can name the place.
+Configuration searchedConfiguration(uint32_t mode, String& location)
 {
-    location = String();
-    return Configuration();
+    struct Publish
+    {
+        String& out;
+        ~Publish() { out = configurationLocation(); }
+    } publish{location};
+    return loadConfiguration(mode);
 }
 
 // Made among the static initialisers, before anything can log.
@@ -49,7 +54,7 @@ uint64_t Logger::currentTime()
     return uint64_t(int64_t(now.time) * 1000 - offset * 1000 + now.millitm);
 }
 
-Logger::Logger(uint32_t mode) : Logger(mode, nothingFound) {}
+Logger::Logger(uint32_t mode) : Logger(mode, searchedConfiguration) {}
 
 Logger::Logger(uint32_t mode, Loader loader)
     : generationCount(0),
