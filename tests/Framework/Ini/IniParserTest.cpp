@@ -1,0 +1,194 @@
+// INI texts held in memory: what each accepted text gives, the exact error of each
+// rejected one, and $(NAME) from the process environment.
+#include "Framework/Ini/IniParser.h"
+
+#include "Framework/Environment.h"
+#include "Framework/Exceptions.h"
+#include "Framework/Ini/IniTestHelpers.h"
+#include "support/ExpectThrown.h"
+#include "support/TextHelpers.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <typeinfo>
+
+using namespace Framework;
+using ini_test::dumpTree;
+using ini_test::parseText;
+using namespace std::string_literals;
+
+namespace {
+
+struct AcceptedRow
+{
+    std::string text;
+    const wchar_t* tree;
+    bool merge;
+};
+
+const AcceptedRow acceptedRows[] = {
+    {"", L"", false},
+    {"key\n", L"key=\"\";", false},
+    {"plain words here", L"plain words here=\"\";", false},
+    {"key = value ; comment", L"key=\"value\";", false},
+    {"key = value#1", L"key=\"value\";", false},
+    {"k =\nj = ", L"k=\"\";j=\"\";", false},
+    {"a = b = c", L"a=\"b = c\";", false},
+    {"  indented\t=\tx  ", L"indented=\"x\";", false},
+    {"a = 1\nA = 2", L"a=\"1\",\"2\";", false},
+    {"top = 1\n[sec]\nk = v", L"top=\"1\";sec{k=\"v\";}", false},
+    {"\r\n[s]\r\nk = v\r\n\r\n", L"s{k=\"v\";}", false},
+    {"[sec] ; comment\n# c\n; c\n   \n\t\nk=v", L"sec{k=\"v\";}", false},
+    {"\0junk\nk=v"s, L"k=\"v\";", false},
+    // Quoting: one pair around a name, every pair around a value; the cut at ; and #
+    // comes first and knows no quotes.
+    {"'a b' = 1", L"a b=\"1\";", false},
+    {"'a=b' = 1", L"'a=\"b' = 1\";", false},
+    {"k = \"'x'\"\nl = ''\nm = '  s  '", L"k=\"x\";l=\"\";m=\"  s  \";", false},
+    {"k = \"x ; y\"", L"k=\"\"x\";", false},
+    {"k = 'x\" \n l = \"", L"k=\"'x\"\";l=\"\"\";", false},
+    {"= v", L"=\"v\";", false},
+    // Sections are paths; a name is a new section unless merging.
+    {"[a.b]\n[a.c]", L"a{b{}c{}}", false},
+    {"[a]\n[a]", L"a{}a{}", false},
+    {"[a.b/c\\d]\nk=1", L"a{b{c{d{k=\"1\";}}}}", false},
+    {"[a..b]", L"a{b{}}", false},
+    {"[ 'q s' ]", L"q s{}", false},
+    {"['x.y']", L"x{y{}}", false},
+    {"[w]\nx=1\n[w]\ny=2\n[w.sub]\nz=3", L"w{x=\"1\";}w{y=\"2\";sub{z=\"3\";}}", false},
+    {"[a]\nx=1\n[b]\n[a]\ny=2\n[a.c]\n[a.c]", L"a{x=\"1\";y=\"2\";c{}}b{}", true},
+    {"[s1]\nk=1\n[s2]\nk=2", L"s1{k=\"1\";}s2{k=\"2\";}", false},
+    // Names and values are UTF-8; a $( in a name is only text.
+    {"[Gr\xC3\xBC\xC3\x9F" "e]\nnam\xC3\xA9 = v\xC3\xA4rde \xE2\x82\xAC",
+     L"Gr\u00fc\u00dfe{nam\u00e9=\"v\u00e4rde \u20ac\";}", false},
+    {"$(NOT_EXPANDED) = 1\n[$(NOR_HERE)]", L"$(NOT_EXPANDED)=\"1\";$(NOR_HERE){}", false},
+};
+
+TEST(IniParserTest, AcceptedTextsGiveTheirTrees)
+{
+    for (size_t i = 0; i < sizeof acceptedRows / sizeof acceptedRows[0]; ++i) {
+        const AcceptedRow& row = acceptedRows[i];
+        try {
+            EXPECT_EQ(String(row.tree), dumpTree(*parseText(row.text, row.merge))) << "row " << i << ": " << row.text;
+        } catch (fw_exception* raw) {
+            std::unique_ptr<fw_exception> thrown(raw);
+            ADD_FAILURE() << "row " << i << " threw " << typeid(*raw).name() << ": " << row.text;
+        }
+    }
+}
+
+struct RejectedRow
+{
+    std::string text;
+    const char* message;
+    uint32_t line;
+    uint32_t column;
+    std::string citation;
+};
+
+const RejectedRow rejectedRows[] = {
+    {"[sec", "there is no end pair bracket in section", 1, 4, "[sec"},
+    {"[sec ; comment]", "there is no end pair bracket in section", 1, 15, "[sec ; comment]"},
+    {"ok=1\n\n# c\n[bad  \r\nnext", "there is no end pair bracket in section", 4, 7, "[bad  \r"},
+    // The first byte of a section line is dropped unseen, so a blank before "[" leaves
+    // the bracket in the name: 1 for the bracket, 4 for "[sec".
+    {" [sec]", "there are restricted symbols in name", 1, 5, " [sec]"},
+    // A byte-order mark makes the line a pair whose name holds "[".
+    {"\xEF\xBB\xBF[sec]", "there are restricted symbols in name", 1, 8, "\xEF\xBB\xBF[sec]"},
+    {"a[b = 1", "there are restricted symbols in name", 1, 4, "a[b = 1"},
+    {"a]\r\n", "there are restricted symbols in name", 1, 2, "a]\r"},
+    {"k = v\n[x=y]", "there are restricted symbols in name", 2, 4, "[x=y]"},
+    // 1 for the name, 3 for "a =", then the value's length.
+    {"a = $(B", "There is no closing bracket in system variable", 1, 7, "a = $(B"},
+    {"a = \"$(B\"", "There is no closing bracket in system variable", 1, 7, "a = \"$(B\""},
+    {"a = $(B$(C)", "There is no closing bracket in system variable", 1, 11, "a = $(B$(C)"},
+    {"a = $(B$(C))", "There is no closing bracket in system variable", 1, 12, "a = $(B$(C))"},
+    {"@include", "Wrong include directive", 1, 8, "@include"},
+    {"@include ", "Wrong include directive", 1, 9, "@include "},
+    {"@includefile", "Wrong include directive", 1, 12, "@includefile"},
+    {"@include\tx.ini", "Wrong include directive", 1, 14, "@include\tx.ini"},
+    {"  @include x.ini", "Wrong include directive", 1, 16, "  @include x.ini"},
+    {"[s]\n@include   ", "Can't find include file: ", 2, 11, "@include   "},
+    {"@include 'no such.ini' ", "Can't find include file: no such.ini", 1, 23, "@include 'no such.ini' "},
+};
+
+TEST(IniParserTest, RejectedTextsNameTheirLineColumnAndMessage)
+{
+    for (size_t i = 0; i < sizeof rejectedRows / sizeof rejectedRows[0]; ++i) {
+        const RejectedRow& row = rejectedRows[i];
+        auto error = expectThrown<TextFormatException>([&] { parseText(row.text); });
+        if (!error) {
+            ADD_FAILURE() << "row " << i << ": " << row.text;
+            continue;
+        }
+        EXPECT_EQ(String(row.message), error->errorMessage) << "row " << i << ": " << row.text;
+        EXPECT_EQ(row.line, error->line) << "row " << i << ": " << row.text;
+        EXPECT_EQ(row.column, error->column) << "row " << i << ": " << row.text;
+        EXPECT_EQ(String(AnsiString(row.citation.data(), uint32_t(row.citation.size()))), error->citation)
+            << "row " << i << ": " << row.text;
+        EXPECT_EQ(String(), error->fileName) << "row " << i;
+    }
+}
+
+TEST(IniParserTest, EmptySectionPathsAndBadVariablesFailWithTheirOwnClasses)
+{
+    for (const char* text : {"[]", "[.]", "[ ]", "[./\\]"}) {
+        auto error = expectThrown<FormatException>([&] { parseText(text); });
+        ASSERT_TRUE(error) << text;
+        EXPECT_EQ(nullptr, dynamic_cast<TextFormatException*>(error.get())) << text;
+        EXPECT_EQ(FormatException::unknownPosition, error->position) << text;
+    }
+    {
+        auto error = expectThrown<ErrorException>([] { parseText("a = $()"); });
+        ASSERT_TRUE(error);
+        EXPECT_EQ(typeid(ErrorException), typeid(*error));
+    }
+    ASSERT_FALSE(hasEnvironmentVariable(L"KORVALIN_INI_UNSET"));
+    auto missing = expectThrown<EnvironmentException>([] { parseText("[s]\na = x$(KORVALIN_INI_UNSET)"); });
+    ASSERT_TRUE(missing);
+    EXPECT_EQ(String(L"KORVALIN_INI_UNSET"), missing->element);
+}
+
+struct VariableRow
+{
+    std::string text;
+    const wchar_t* value;
+};
+
+// KORVALIN_INI_EMPTY is set to the empty text in the environment the test starts
+// with: the runtime's own setter would remove it instead.
+TEST(IniParserTest, SystemVariablesAreReplacedOutsideSingleQuotes)
+{
+    _wputenv(L"KORVALIN_INI_B=bee");
+    _wputenv(L"KORVALIN_INI_C=see");
+    _wputenv(L"KORVALIN_INI_LOOP=$(KORVALIN_INI_C)");
+    _wputenv(L"KORVALIN_INI_SPACED= s p ");
+    ASSERT_TRUE(hasEnvironmentVariable(L"KORVALIN_INI_EMPTY")) << "the test's environment must set it, empty";
+    const VariableRow rows[] = {
+        {"a = $(KORVALIN_INI_B)", L"bee"},
+        {"a = \"$(KORVALIN_INI_B)\"", L"bee"},
+        {"a = '$(KORVALIN_INI_B)'", L"$(KORVALIN_INI_B)"},
+        {"a = \"'$(KORVALIN_INI_B)'\"", L"bee"},
+        {"a = '\"$(KORVALIN_INI_B)\"'", L"$(KORVALIN_INI_B)"},
+        {"a = x)$(KORVALIN_INI_B)y", L"x)beey"},
+        {"a = $(KORVALIN_INI_B)$(KORVALIN_INI_C)", L"beesee"},
+        {"a = $(KORVALIN_INI_B)-$(KORVALIN_INI_B)", L"bee-bee"},
+        {"a = $(KORVALIN_INI_LOOP)$(KORVALIN_INI_C)", L"$(KORVALIN_INI_C)see"},
+        {"a = <$(KORVALIN_INI_EMPTY)>", L"<>"},
+        {"a = $(KORVALIN_INI_EMPTY)", L""},
+        {"a = [$(KORVALIN_INI_SPACED)]", L"[ s p ]"},
+        {"a = $(KORVALIN_INI_SPACED)", L" s p "},
+        {"a = $ (x) $", L"$ (x) $"},
+    };
+    for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
+        try {
+            EXPECT_EQ(String(rows[i].value), parseText(rows[i].text)->getString(L"a")) << "row " << i << ": " << rows[i].text;
+        } catch (fw_exception* raw) {
+            std::unique_ptr<fw_exception> thrown(raw);
+            ADD_FAILURE() << "row " << i << " threw " << typeid(*raw).name() << ": " << rows[i].text;
+        }
+    }
+}
+
+}  // namespace
