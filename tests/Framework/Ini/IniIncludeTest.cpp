@@ -9,6 +9,7 @@
 #include "support/ExpectThrown.h"
 #include "support/ScratchFolder.h"
 #include "support/TextHelpers.h"
+#include "support/WorkingFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -31,21 +32,6 @@ protected:
     }
 
     ScratchFolder scratch;
-};
-
-// Moves the process into a folder for one scope.
-class WorkingFolder
-{
-public:
-    explicit WorkingFolder(const std::wstring& folder)
-    {
-        GetCurrentDirectoryW(MAX_PATH, previous);
-        EXPECT_TRUE(SetCurrentDirectoryW(folder.c_str()));
-    }
-    ~WorkingFolder() { SetCurrentDirectoryW(previous); }
-
-private:
-    wchar_t previous[MAX_PATH];
 };
 
 TEST_F(IniIncludeTest, IncludedFilesLandAtTheTopOnceEachAndCyclesEnd)

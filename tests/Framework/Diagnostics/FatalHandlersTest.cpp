@@ -1,0 +1,89 @@
+// The fatal handlers, each in a child program that breaks in one way, run in a scratch
+// folder with no log configuration: the default writer's "log.txt" there holds the
+// handler's line, and the exit code and output say how the program ended.
+#include "Framework/Diagnostics/Crt.h"
+
+#include "support/Installer.h"
+#include "support/ScratchFolder.h"
+#include "support/WorkingFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <exception>
+
+namespace {
+
+struct Outcome
+{
+    DWORD exitCode;
+    std::string output;
+    std::string log;
+};
+
+Outcome runProbe(const char* way)
+{
+    ScratchFolder scratch(L"fatal");
+    WorkingFolder moved(scratch.path());
+    _wputenv(L"KORVALIN_LOG_CONFIG=");
+    const char* probe = std::getenv("KORVALIN_FATAL_PROBE");
+    EXPECT_TRUE(probe) << "KORVALIN_FATAL_PROBE names the probe";
+    Outcome outcome;
+    const std::string command = std::string("\"") + (probe ? probe : "") + "\" " + way;
+    outcome.exitCode = runProgram(std::wstring(command.begin(), command.end()), outcome.output);
+    if (scratch.exists(L"log.txt"))
+        outcome.log = scratch.readFile(L"log.txt");
+    return outcome;
+}
+
+// The one line of the default format, without its date and time.
+std::string lineOf(const std::string& log)
+{
+    const size_t dateAndTime = sizeof "2026-01-01 00:00:00" - 1;
+    return log.size() > dateAndTime ? log.substr(dateAndTime) : log;
+}
+
+TEST(FatalHandlersTest, EachHandlerWritesItsLineThenEndsItsOwnWay)
+{
+    struct Row
+    {
+        const char* way;
+        DWORD exitCode;
+        const char* output;
+        const char* line;
+    };
+    const Row rows[] = {
+        // abort without its message: no box, nothing on the console.
+        {"terminate", 3, "", " Thread000 ERROR Framework Crt::handleTerminate() - before abort(): \r\n"},
+        {"purecall", 0, "caught ErrorException\n", " Thread000 ERROR Framework Crt::handlePurecall() - before abort(): \r\n"},
+        // Raised inside msvcrt's strcpy_s, caught in the caller, with its clean-up run.
+        {"invalid", 0, "cleaned up\ncaught ErrorException\n",
+         " Thread000 ERROR Framework Crt::handleInvalidParameter() - before abort(): \r\n"},
+        {"insufficient", 0, "caught fw_exception_memory\n",
+         " Thread000 ERROR Framework Crt::handleInsufficientMemory() - before abort(): \r\n"},
+        {"die", 1, "", " Thread000 ERROR Framework HardwareExceptionsHandling::die() - before abort(): \r\n"},
+        // A failed new after the installation goes to the FW layer's raiser: no line,
+        // and so no logger and no file.
+        {"memory", 0, "caught fw_exception_memory\n", ""},
+    };
+    for (const Row& row : rows) {
+        const Outcome outcome = runProbe(row.way);
+        EXPECT_EQ(row.exitCode, outcome.exitCode) << row.way;
+        EXPECT_EQ(row.output, outcome.output) << row.way;
+        EXPECT_EQ(row.line, lineOf(outcome.log)) << row.way;
+    }
+}
+
+void otherTerminate() { std::abort(); }
+
+TEST(FatalHandlersTest, InstalledAtLoadAndOnlyOnce)
+{
+    EXPECT_TRUE(Framework::Crt::isInitialized());
+    EXPECT_EQ(&Framework::Crt::handleTerminate, std::get_terminate());
+    const std::terminate_handler before = std::set_terminate(otherTerminate);
+    EXPECT_TRUE(Framework::Crt::initialize());
+    EXPECT_EQ(&otherTerminate, std::get_terminate());
+    std::set_terminate(before);
+}
+
+}  // namespace
