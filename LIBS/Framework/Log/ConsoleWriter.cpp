@@ -1,5 +1,6 @@
 #include "Framework/Log/ConsoleWriter.h"
 
+#include <cstdio>
 #include <cwchar>
 
 namespace Framework { namespace Log {
@@ -8,7 +9,9 @@ void ConsoleWriter::output(const String& text)
 {
     String escaped = text;
     escaped.replaceAll(L"%", L"%%");
+    escaped.replaceAll(L"\r\n", L"\n");
     std::wprintf(escaped.c_str());
+    std::fflush(stdout);
 }
 
 }}  // namespace Framework::Log

@@ -33,7 +33,9 @@ SharedPointer<Logger> instanceHolder;
 
 }  // namespace
 
-Logger* Logger::instance()
+std::atomic<Logger*> Logger::madeInstance{nullptr};
+
+Logger* Logger::createInstance()
 {
     if (instanceHolder.isNull()) {
         CriticalSection::Hold hold(instanceLock);
@@ -42,6 +44,7 @@ Logger* Logger::instance()
     }
     if (instanceHolder.isNull())
         throw new ErrorException(SITE);
+    madeInstance = instanceHolder.get();
     return instanceHolder.get();
 }
 
@@ -69,12 +72,11 @@ Logger::Logger(uint32_t mode, Loader loader)
 {
 }
 
-Logger::~Logger() = default;
-
-uint32_t Logger::generation()
+Logger::~Logger()
 {
-    configure();
-    return generationCount;
+    // At exit the holder goes: a later instance() makes a new logger, as before the first.
+    Logger* self = this;
+    madeInstance.compare_exchange_strong(self, nullptr);
 }
 
 Level Logger::levelFor(const String& contextName)

@@ -39,8 +39,13 @@ public:
     // logger goes on with the default writer.
     using Loader = Configuration (*)(uint32_t mode, String& location);
 
-    // The process's logger, made at the first call with mode 2.
-    static Logger* instance();
+    // The process's logger, made at the first call with mode 2. Once it exists this
+    // is one load.
+    static Logger* instance()
+    {
+        Logger* const made = madeInstance;
+        return made ? made : createInstance();
+    }
     // Milliseconds since 1970 on the local clock: the zone's offset and, in a zone
     // with daylight rules, its daylight bias all year are added to UTC.
     static uint64_t currentTime();
@@ -53,8 +58,14 @@ public:
     // Does not close the writer: no footer is written.
     virtual ~Logger();
 
-    // Both configure the logger first.
-    uint32_t generation();
+    // Both configure the logger first. After the configuration step generation()
+    // is two loads of flags and one of the count, with no lock.
+    uint32_t generation()
+    {
+        if (!configured && !configuring)
+            configure();
+        return generationCount;
+    }
     Level levelFor(const String& contextName);
     // The one path of a message; see above. Never throws.
     void log(const Context& context, Level level, const ThrowSite* site, const char* format, va_list args);
@@ -71,6 +82,9 @@ public:
     void dispatch(const Record& record);
 
 private:
+    static Logger* createInstance();
+    static std::atomic<Logger*> madeInstance;
+
     Record makeRecord(const String& context, Level level, const ThrowSite& site, const String& message) const;
 
     std::atomic<uint32_t> generationCount;

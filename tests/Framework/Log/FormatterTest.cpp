@@ -13,8 +13,7 @@
 
 #include <gtest/gtest.h>
 #include <objbase.h>
-#include <shlwapi.h>
-#include <xmllite.h>
+#include <msxml2.h>
 
 using namespace Framework;
 using namespace Framework::Log;
@@ -179,40 +178,54 @@ TEST(FormatterTest, TemplateThatReachesItselfIsRefused)
 
 namespace {
 
-// XmlLite's reader interface; the import library that would define it isn't there.
-const IID xmlReaderInterface = {0x7279fc81, 0x709d, 0x4095, {0xb6, 0x3d, 0x69, 0xfe, 0x4b, 0x0d, 0x90, 0x30}};
+// MSXML's DOM document (Wine's msxml3); the import library that would define its
+// identifiers isn't there.
+const CLSID domDocumentClass = {0xf5078f32, 0xc551, 0x11d3, {0x89, 0xb9, 0x00, 0x00, 0xf8, 0x1f, 0xe2, 0x21}};
+const IID domDocumentInterface = {0x2933bf81, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
 
-// Reads the whole text with XmlLite; returns the element names in order, or fails.
+// Parses the text with an XML parser; returns the element names in document order,
+// or fails the test with the parser's reason.
 std::vector<std::wstring> parseXml(const std::wstring& text)
 {
     std::vector<std::wstring> elements;
-    HMODULE xmllite = LoadLibraryW(L"xmllite.dll");
-    EXPECT_NE(nullptr, xmllite);
-    if (!xmllite)
+    CoInitialize(nullptr);
+    IXMLDOMDocument* document = nullptr;
+    EXPECT_TRUE(SUCCEEDED(CoCreateInstance(domDocumentClass, nullptr, CLSCTX_INPROC_SERVER, domDocumentInterface,
+                                           reinterpret_cast<void**>(&document))));
+    if (!document)
         return elements;
-    using Create = HRESULT(WINAPI*)(REFIID, void**, IMalloc*);
-    auto create = reinterpret_cast<Create>(reinterpret_cast<void*>(GetProcAddress(xmllite, "CreateXmlReader")));
-    IXmlReader* reader = nullptr;
-    EXPECT_TRUE(create && SUCCEEDED(create(xmlReaderInterface, reinterpret_cast<void**>(&reader), nullptr)));
-    if (!reader)
-        return elements;
-    // UTF-16LE with its mark, as the declaration says.
-    std::string bytes("\xff\xfe", 2);
-    bytes.append(reinterpret_cast<const char*>(text.data()), text.size() * 2);
-    IStream* stream = SHCreateMemStream(reinterpret_cast<const BYTE*>(bytes.data()), UINT(bytes.size()));
-    EXPECT_TRUE(SUCCEEDED(reader->SetInput(stream)));
-    XmlNodeType type;
-    HRESULT result;
-    while ((result = reader->Read(&type)) == S_OK) {
-        if (type == XmlNodeType_Element) {
-            const wchar_t* name = nullptr;
-            reader->GetLocalName(&name, nullptr);
-            elements.push_back(name);
+    BSTR source = SysAllocStringLen(text.data(), UINT(text.size()));
+    VARIANT_BOOL loaded = VARIANT_FALSE;
+    document->loadXML(source, &loaded);
+    SysFreeString(source);
+    if (loaded != VARIANT_TRUE) {
+        IXMLDOMParseError* error = nullptr;
+        BSTR reason = nullptr;
+        if (SUCCEEDED(document->get_parseError(&error)) && error)
+            error->get_reason(&reason);
+        ADD_FAILURE() << "the parser refused the document: " << narrowForTest(reason ? reason : L"?");
+        if (reason)
+            SysFreeString(reason);
+        if (error)
+            error->Release();
+    } else {
+        IXMLDOMNodeList* nodes = nullptr;
+        BSTR all = SysAllocString(L"//*");
+        document->selectNodes(all, &nodes);
+        SysFreeString(all);
+        IXMLDOMNode* node = nullptr;
+        while (nodes && nodes->nextNode(&node) == S_OK && node) {
+            BSTR name = nullptr;
+            node->get_nodeName(&name);
+            elements.push_back(name ? name : L"");
+            SysFreeString(name);
+            node->Release();
         }
+        if (nodes)
+            nodes->Release();
     }
-    EXPECT_EQ(S_FALSE, result) << "the parser stopped with an error";
-    reader->Release();
-    stream->Release();
+    document->Release();
+    CoUninitialize();
     return elements;
 }
 
