@@ -30,7 +30,13 @@ Outcome runProbe(const char* way)
     EXPECT_TRUE(probe) << "KORVALIN_FATAL_PROBE names the probe";
     Outcome outcome;
     const std::string command = std::string("\"") + (probe ? probe : "") + "\" " + way;
-    outcome.exitCode = runProgram(std::wstring(command.begin(), command.end()), outcome.output);
+    std::string output;
+    outcome.exitCode = runProgram(std::wstring(command.begin(), command.end()), output);
+    // Standard output is in text mode.
+    for (char c : output) {
+        if (c != '\r')
+            outcome.output += c;
+    }
     if (scratch.exists(L"log.txt"))
         outcome.log = scratch.readFile(L"log.txt");
     return outcome;

@@ -14,20 +14,29 @@
 
 using namespace Framework;
 
-namespace {
+// Outside the anonymous namespace: seeing the whole class tree, the compiler would
+// find that the only call allowed is the derived one and drop the pure call.
+struct FatalProbeBase;
+FatalProbeBase* volatile underConstruction = nullptr;
 
-struct Base
+// Calls its pure function while it is being made, through the base's table.
+struct FatalProbeBase
 {
-    Base() { callRun(); }
-    virtual ~Base() = default;
-    void callRun() { run(); }
+    FatalProbeBase()
+    {
+        underConstruction = this;
+        underConstruction->run();
+    }
+    virtual ~FatalProbeBase() = default;
     virtual void run() = 0;
 };
 
-struct Derived : Base
+struct FatalProbeDerived : FatalProbeBase
 {
     void run() override {}
 };
+
+namespace {
 
 struct Cleanup
 {
@@ -55,16 +64,16 @@ int main(int argc, char** argv)
     if (way == "log") {
         Log::Context framework(L"Framework", Log::Logger::instance);
         Log::Context other(L"Other", Log::Logger::instance);
-        framework.debug(&SITE, "not at INFO");
-        framework.error(&SITE, "first %S", L"error");
-        other.debug(&SITE, "not at WARNING");
-        other.error(&SITE, "second");
+        framework.debug(LOG_SITE, "not at INFO");
+        framework.error(LOG_SITE, "first %S", L"error");
+        other.debug(LOG_SITE, "not at WARNING");
+        other.error(LOG_SITE, "second");
         return 0;
     }
     if (way == "terminate")
         throw new ErrorException(SITE);
     if (way == "purecall")
-        return expectCaught<ErrorException>("ErrorException", [] { Derived derived; });
+        return expectCaught<ErrorException>("ErrorException", [] { FatalProbeDerived derived; });
     if (way == "invalid") {
         return expectCaught<ErrorException>("ErrorException", [] {
             Cleanup cleanup;

@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <sstream>
 #include <vector>
 
@@ -57,7 +58,7 @@ protected:
     LogConfigurationTest() : scratch(L"logconfig"), beside(programFolder()), moved(scratch.path()) {}
     ~LogConfigurationTest() override
     {
-        for (const std::wstring& name : {L"KorvalinLogConfig.ini", L"named.ini"})
+        for (const wchar_t* name : {L"KorvalinLogConfig.ini", L"named.ini"})
             DeleteFileW((beside + name).c_str());
         _wputenv(L"KORVALIN_LOG_CONFIG=");
     }
@@ -78,7 +79,7 @@ protected:
             Logger logger(2);
             testLogger = &logger;
             Context context(L"Test", provide);
-            context.error(&SITE, "after %S", L"configuration");
+            context.error(LOG_SITE, "after %S", L"configuration");
             testLogger = nullptr;
         }
         return scratch.exists(logFile) ? scratch.readFile(logFile) : std::string();
