@@ -5,6 +5,7 @@
 #include "support/Installer.h"
 #include "support/MailClient.h"
 #include "support/MessageBoxWatcher.h"
+#include "support/ScratchLog.h"
 
 #include <gtest/gtest.h>
 
@@ -181,12 +182,17 @@ TEST_F(InstallTest, SetDomainFindsTheEarlierProductWhereTheEngineRegisteredIt)
 
 // A malformed upgrade code (here one cut short) ends SetDomain with an exception no
 // handler takes; WixKorvalin.wxi schedules it with Return="check", so the installation
-// rolls back before the probe writes or registers anything.
+// rolls back before the probe writes or registers anything. The custom-action host
+// inherits msiexec's environment, so the log configuration that KORVALIN_LOG_CONFIG
+// names takes the terminate handler's line, and the host ends without a box.
 TEST_F(InstallTest, SetDomainWithAMalformedUpgradeCodeFailsTheInstallation)
 {
     const std::wstring probe = testPackage(L"domain-probe.msi");
     startDomainClean();
+    ScratchLog log;
     EXPECT_EQ(DWORD(ERROR_INSTALL_FAILURE), installQuietly(probe, L"GIVENUPGRADECODE=1776FDB0-CE3E-461A-A04C"));
+    EXPECT_NE(std::string::npos, log.text().find(" ERROR Framework Crt::handleTerminate() - before abort(): \r\n"))
+        << log.text();
     EXPECT_FALSE(registryKeyExists(HKEY_CURRENT_USER, domainKey));
     EXPECT_FALSE(registryKeyExists(HKEY_CURRENT_USER, userProducts + domainProbeProduct));
 }

@@ -7,6 +7,7 @@
 #include "support/ExpectThrown.h"
 #include "support/InstallerSession.h"
 #include "support/ScratchKey.h"
+#include "support/ScratchLog.h"
 #include "support/TextHelpers.h"
 
 #include <gtest/gtest.h>
@@ -112,13 +113,16 @@ TEST_F(RegistryActionsTest, SetDomainFollowsTheRegistrationsOfTheUpgradeCode)
 TEST(RegistryActionsDeathTest, SetDomainWithoutAProperUpgradeCodeIsFatal)
 {
     for (const wchar_t* code : {L"", L"{12345678-9ABC-DEF0-1234-56789ABCDEF}"}) {
-        EXPECT_DEATH(
+        ScratchLog log;
+        EXPECT_EXIT(
             {
                 ActionLibrary dll;
                 InstallerSession session(Properties{{L"UpgradeCode", code}});
                 dll.call("SetDomain", session.handle());
             },
-            "terminate called after throwing an instance of 'Framework::ErrorException\\*'");
+            ::testing::ExitedWithCode(3), lacks("terminate called"));
+        EXPECT_NE(std::string::npos, log.text().find(" ERROR Framework Crt::handleTerminate() - before abort(): \r\n"))
+            << log.text();
     }
 }
 
