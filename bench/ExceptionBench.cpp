@@ -17,7 +17,8 @@ __attribute__((noinline)) void deep(int depth, void (*raise)())
 {
     if (depth == 0)
         raise();
-    deep(depth - 1, raise);
+    else
+        deep(depth - 1, raise);
     asm volatile("");
 }
 
