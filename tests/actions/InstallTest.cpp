@@ -101,7 +101,7 @@ TEST_F(InstallTest, TheDemoPackageRecordsTheTimeAndResetsTheEncaseFlagOf32BitPro
 }
 
 // An exception that no handler takes ends the custom-action host in the terminate
-// handler. The engine then treats the action as failed: with Return="check" the
+// handler, which writes its line to the log first. The engine then treats the action as failed: with Return="check" the
 // installation stops and rolls back (1603, later steps never run); with
 // Return="ignore" it goes on to the end.
 TEST_F(InstallTest, AnUncaughtExceptionFailsTheActionAsItsReturnAttributeSays)
@@ -119,7 +119,10 @@ TEST_F(InstallTest, AnUncaughtExceptionFailsTheActionAsItsReturnAttributeSays)
     for (const Row& row : rows) {
         const std::wstring package = testPackage(row.package);
         startClean(package, row.key);
+        ScratchLog log;
         EXPECT_EQ(row.exitCode, installQuietly(package)) << std::string(package.begin(), package.end());
+        EXPECT_NE(std::string::npos, log.text().find(" ERROR Framework Crt::handleTerminate() - before abort(): \r\n"))
+            << log.text();
         std::wstring value;
         EXPECT_EQ(row.laterStepsRan, readRegistryString(HKEY_CURRENT_USER, row.key, L"Reached", value))
             << std::string(package.begin(), package.end());
