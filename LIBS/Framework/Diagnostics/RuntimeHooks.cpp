@@ -48,10 +48,38 @@ bool sectionIs(HMODULE module, const IMAGE_NT_HEADERS* headers, const IMAGE_SECT
 struct Redirect
 {
     unsigned char* entry = nullptr;
-    unsigned char saved[5] = {};
-    bool active = false;
+    // The entry's bytes as msvcrt's file has them: what goes back at unload.
+    unsigned char original[5] = {};
+    bool haveOriginal = false;
+    unsigned char jump[5] = {};
 };
 Redirect invalidParameterRedirect;
+
+// The bytes at an address of a loaded module, as its file on disk has them. Another
+// module may have redirected the entry too, so the bytes in memory aren't trusted.
+bool fileBytes(HMODULE module, const unsigned char* at, unsigned char* out, size_t count)
+{
+    const char* base = reinterpret_cast<const char*>(module);
+    const auto* headers =
+        reinterpret_cast<const IMAGE_NT_HEADERS*>(base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
+    const uint32_t rva = uint32_t(reinterpret_cast<const char*>(at) - base);
+    const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(headers);
+    for (unsigned i = 0; i < headers->FileHeader.NumberOfSections; ++i) {
+        if (rva < section[i].VirtualAddress || rva + count > section[i].VirtualAddress + section[i].SizeOfRawData)
+            continue;
+        char path[MAX_PATH];
+        if (!GetModuleFileNameA(module, path, MAX_PATH))
+            return false;
+        FILE* file = std::fopen(path, "rb");
+        if (!file)
+            return false;
+        const bool read = std::fseek(file, long(section[i].PointerToRawData + (rva - section[i].VirtualAddress)), SEEK_SET) == 0 &&
+                          std::fread(out, 1, count, file) == count;
+        std::fclose(file);
+        return read;
+    }
+    return false;
+}
 
 bool writeCode(unsigned char* at, const unsigned char* bytes)
 {
@@ -111,24 +139,25 @@ bool setInvalidParameterHandler(InvalidParameterHandler handler)
 {
     Redirect& redirect = invalidParameterRedirect;
     if (!handler) {
-        if (redirect.active && writeCode(redirect.entry, redirect.saved))
-            redirect.active = false;
-        return !redirect.active;
+        // Only our own jump goes: one that another module put there since is that
+        // module's to take back.
+        if (redirect.entry && std::memcmp(redirect.entry, redirect.jump, 5) == 0 && redirect.haveOriginal)
+            return writeCode(redirect.entry, redirect.original);
+        return true;
     }
     if (!redirect.entry) {
         redirect.entry = runtimeFunction<unsigned char*>("_invalid_parameter");
         if (!redirect.entry)
             return false;
-        std::memcpy(redirect.saved, redirect.entry, 5);
+        redirect.haveOriginal = fileBytes(runtime(), redirect.entry, redirect.original, 5);
+        if (!redirect.haveOriginal)
+            return false;
     }
     // jmp rel32 to the handler: it takes _invalid_parameter's arguments as they are.
-    unsigned char jump[5] = {0xE9};
+    redirect.jump[0] = 0xE9;
     const int32_t distance = int32_t(reinterpret_cast<uintptr_t>(handler) - reinterpret_cast<uintptr_t>(redirect.entry + 5));
-    std::memcpy(jump + 1, &distance, 4);
-    if (!writeCode(redirect.entry, jump))
-        return false;
-    redirect.active = true;
-    return true;
+    std::memcpy(redirect.jump + 1, &distance, 4);
+    return writeCode(redirect.entry, redirect.jump);
 }
 
 NewHandler setRuntimeNewHandler(NewHandler handler)

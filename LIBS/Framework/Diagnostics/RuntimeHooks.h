@@ -21,7 +21,10 @@
 // runtime function, with every destructor on the way run.
 //
 // Everything installed is taken back when the module unloads: the redirect points
-// into this module's code.
+// into this module's code. Several modules that link this layer (a program and the
+// library it loads) each redirect the entry; the last one wins, and each takes back
+// only its own jump, putting back the bytes of msvcrt's file, so no order of
+// unloading leaves a jump into a module that is gone.
 #pragma once
 #include <cstddef>
 #include <cstdint>

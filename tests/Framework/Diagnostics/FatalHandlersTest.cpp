@@ -3,13 +3,18 @@
 // handler's line, and the exit code and output say how the program ended.
 #include "Framework/Diagnostics/Crt.h"
 
+#include "Framework/Exceptions.h"
+#include "support/ActionLibrary.h"
 #include "support/Installer.h"
 #include "support/ScratchFolder.h"
 #include "support/WorkingFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <memory>
 #include <exception>
 
 namespace {
@@ -78,6 +83,27 @@ TEST(FatalHandlersTest, EachHandlerWritesItsLineThenEndsItsOwnWay)
         EXPECT_EQ(row.output, outcome.output) << row.way;
         EXPECT_EQ(row.line, lineOf(outcome.log)) << row.way;
     }
+}
+
+// Every module that links the layer redirects msvcrt's invalid-parameter check to its
+// own handler. Two libraries unloaded in the order they were loaded must not leave a
+// jump into the first: msvcrt's own code goes back, and a bad argument is then only
+// an error code.
+TEST(FatalHandlersTest, LibrariesUnloadedInAnyOrderLeaveMsvcrtWhole)
+{
+    std::unique_ptr<ActionLibrary> first(new ActionLibrary("KORVALIN_DLL"));
+    std::unique_ptr<ActionLibrary> second(new ActionLibrary("KORVALIN_PROBE_DLL"));
+    first.reset();
+    second.reset();
+    char buffer[2];
+    int result = 0;
+    try {
+        result = strcpy_s(buffer, sizeof buffer, "too long");
+    } catch (Framework::ErrorException* raw) {
+        std::unique_ptr<Framework::ErrorException> thrown(raw);
+        ADD_FAILURE() << "the program's own handler was expected to be gone with the libraries' redirects";
+    }
+    EXPECT_EQ(ERANGE, result);
 }
 
 void otherTerminate() { std::abort(); }
