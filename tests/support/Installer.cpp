@@ -17,22 +17,38 @@ DWORD runMsiexec(const std::wstring& arguments)
     return runProgram(L"msiexec.exe " + arguments);
 }
 
-DWORD runProgram(const std::wstring& commandLine)
+namespace {
+
+// Starts the command line with the given standard handles, or throws.
+PROCESS_INFORMATION start(const std::wstring& commandLine, STARTUPINFOW& startup, BOOL inheritHandles)
 {
     std::vector<wchar_t> writable(commandLine.begin(), commandLine.end());
     writable.push_back(0);
-    STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(nullptr, writable.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+    if (!CreateProcessW(nullptr, writable.data(), nullptr, nullptr, inheritHandles, 0, nullptr, nullptr, &startup,
+                        &process))
         throw std::runtime_error("could not start (error " + std::to_string(GetLastError()) +
                                  "): " + std::string(commandLine.begin(), commandLine.end()));
+    return process;
+}
+
+DWORD waitForExit(const PROCESS_INFORMATION& process)
+{
     WaitForSingleObject(process.hProcess, INFINITE);
     DWORD exitCode = 0;
     GetExitCodeProcess(process.hProcess, &exitCode);
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
     return exitCode;
+}
+
+}  // namespace
+
+DWORD runProgram(const std::wstring& commandLine)
+{
+    STARTUPINFOW startup = {};
+    return waitForExit(start(commandLine, startup, FALSE));
 }
 
 DWORD runProgram(const std::wstring& commandLine, std::string& output)
@@ -43,37 +59,28 @@ DWORD runProgram(const std::wstring& commandLine, std::string& output)
     if (!CreatePipe(&readEnd, &writeEnd, &inheritable, 0))
         throw std::runtime_error("CreatePipe failed: " + std::to_string(GetLastError()));
     SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
-    std::vector<wchar_t> writable(commandLine.begin(), commandLine.end());
-    writable.push_back(0);
     STARTUPINFOW startup = {};
-    startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = writeEnd;
     startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
-    PROCESS_INFORMATION process = {};
-    const BOOL started =
-        CreateProcessW(nullptr, writable.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process);
-    const DWORD startError = GetLastError();
+    PROCESS_INFORMATION process;
+    try {
+        process = start(commandLine, startup, TRUE);
+    } catch (...) {
+        CloseHandle(writeEnd);
+        CloseHandle(readEnd);
+        throw;
+    }
     // Only the child holds the write end now, so reading ends when it exits.
     CloseHandle(writeEnd);
-    if (!started) {
-        CloseHandle(readEnd);
-        throw std::runtime_error("could not start (error " + std::to_string(startError) +
-                                 "): " + std::string(commandLine.begin(), commandLine.end()));
-    }
     output.clear();
     char buffer[4096];
     DWORD got = 0;
     while (ReadFile(readEnd, buffer, sizeof buffer, &got, nullptr) && got > 0)
         output.append(buffer, got);
     CloseHandle(readEnd);
-    WaitForSingleObject(process.hProcess, INFINITE);
-    DWORD exitCode = 0;
-    GetExitCodeProcess(process.hProcess, &exitCode);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    return exitCode;
+    return waitForExit(process);
 }
 
 DWORD installQuietly(const std::wstring& package, const std::wstring& properties)

@@ -21,25 +21,37 @@ HMODULE runtime() { return GetModuleHandleW(L"msvcrt.dll"); }
 void* frameObject[16];
 const void* registeredFrames = nullptr;
 
+const IMAGE_NT_HEADERS* imageHeaders(HMODULE module)
+{
+    const char* base = reinterpret_cast<const char*>(module);
+    return reinterpret_cast<const IMAGE_NT_HEADERS*>(base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
+}
+
+// Bytes of a loaded module's file on disk, from an offset in the file: what the image
+// in memory lacks (the string table of section names) or may have changed.
+bool readModuleFile(HMODULE module, long offset, void* out, size_t count)
+{
+    char path[MAX_PATH];
+    if (!GetModuleFileNameA(module, path, MAX_PATH))
+        return false;
+    FILE* file = std::fopen(path, "rb");
+    if (!file)
+        return false;
+    const bool read = std::fseek(file, offset, SEEK_SET) == 0 && std::fread(out, 1, count, file) == count;
+    std::fclose(file);
+    return read;
+}
+
 // A section's name longer than eight bytes is "/offset" into the string table, which
 // lives in the file on disk only.
-bool sectionIs(HMODULE module, const IMAGE_NT_HEADERS* headers, const IMAGE_SECTION_HEADER& section,
-               const char* wanted)
+bool sectionIs(HMODULE module, const IMAGE_SECTION_HEADER& section, const char* wanted)
 {
     char name[16] = {};
     std::memcpy(name, section.Name, 8);
     if (name[0] == '/') {
-        char path[MAX_PATH];
-        if (!GetModuleFileNameA(module, path, MAX_PATH))
-            return false;
-        FILE* file = std::fopen(path, "rb");
-        if (!file)
-            return false;
-        const long strings = long(headers->FileHeader.PointerToSymbolTable + headers->FileHeader.NumberOfSymbols * 18);
-        const bool read = std::fseek(file, strings + std::atol(name + 1), SEEK_SET) == 0 &&
-                          std::fread(name, 1, sizeof name - 1, file) > 0;
-        std::fclose(file);
-        if (!read)
+        const IMAGE_FILE_HEADER& file = imageHeaders(module)->FileHeader;
+        const long strings = long(file.PointerToSymbolTable + file.NumberOfSymbols * 18);
+        if (!readModuleFile(module, strings + std::atol(name + 1), name, std::strlen(wanted) + 1))
             return false;
     }
     return std::strcmp(name, wanted) == 0;
@@ -59,24 +71,12 @@ Redirect invalidParameterRedirect;
 // module may have redirected the entry too, so the bytes in memory aren't trusted.
 bool fileBytes(HMODULE module, const unsigned char* at, unsigned char* out, size_t count)
 {
-    const char* base = reinterpret_cast<const char*>(module);
-    const auto* headers =
-        reinterpret_cast<const IMAGE_NT_HEADERS*>(base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
-    const uint32_t rva = uint32_t(reinterpret_cast<const char*>(at) - base);
+    const IMAGE_NT_HEADERS* headers = imageHeaders(module);
+    const uint32_t rva = uint32_t(at - reinterpret_cast<const unsigned char*>(module));
     const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(headers);
     for (unsigned i = 0; i < headers->FileHeader.NumberOfSections; ++i) {
-        if (rva < section[i].VirtualAddress || rva + count > section[i].VirtualAddress + section[i].SizeOfRawData)
-            continue;
-        char path[MAX_PATH];
-        if (!GetModuleFileNameA(module, path, MAX_PATH))
-            return false;
-        FILE* file = std::fopen(path, "rb");
-        if (!file)
-            return false;
-        const bool read = std::fseek(file, long(section[i].PointerToRawData + (rva - section[i].VirtualAddress)), SEEK_SET) == 0 &&
-                          std::fread(out, 1, count, file) == count;
-        std::fclose(file);
-        return read;
+        if (rva >= section[i].VirtualAddress && rva + count <= section[i].VirtualAddress + section[i].SizeOfRawData)
+            return readModuleFile(module, long(section[i].PointerToRawData + (rva - section[i].VirtualAddress)), out, count);
     }
     return false;
 }
@@ -121,13 +121,11 @@ bool enableUnwindingThroughRuntime()
     const HMODULE module = runtime();
     if (!module)
         return false;
-    const char* base = reinterpret_cast<const char*>(module);
-    const auto* headers =
-        reinterpret_cast<const IMAGE_NT_HEADERS*>(base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
+    const IMAGE_NT_HEADERS* headers = imageHeaders(module);
     const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(headers);
     for (unsigned i = 0; i < headers->FileHeader.NumberOfSections; ++i) {
-        if (sectionIs(module, headers, section[i], ".eh_frame")) {
-            registeredFrames = base + section[i].VirtualAddress;
+        if (sectionIs(module, section[i], ".eh_frame")) {
+            registeredFrames = reinterpret_cast<const char*>(module) + section[i].VirtualAddress;
             __register_frame_info(registeredFrames, frameObject);
             return true;
         }

@@ -257,11 +257,6 @@ void IniParser::copyValues(OutputValues& target, const InputValues& source)
     }
 }
 
-void IniParser::fail(const char* message, uint32_t errorColumn) const
-{
-    fail(String(message), errorColumn);
-}
-
 void IniParser::fail(const String& message, uint32_t errorColumn) const
 {
     throw new TextFormatException(SITE, lineNumber, errorColumn, String(line), message, fileName);

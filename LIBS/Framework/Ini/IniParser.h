@@ -92,7 +92,6 @@ private:
     AnsiString checkName(const AnsiString& text);
     SharedPointer<OutputValues> openSection(const Array<String>& path);
     String findInclude(const String& file) const;
-    [[noreturn]] void fail(const char* message, uint32_t errorColumn) const;
     [[noreturn]] void fail(const String& message, uint32_t errorColumn) const;
 
     AnsiString line;

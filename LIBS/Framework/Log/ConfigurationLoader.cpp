@@ -166,6 +166,13 @@ StreamHolder search(uint32_t mode)
     return tryResource(names.resource);
 }
 
+// The class a section names with "type", else the section's name and the suffix:
+// "console" -> "consolewriter".
+String className(const InputValues& section, const String& name, const wchar_t* suffix)
+{
+    return section.hasValue(L"type") ? section.getString(L"type") : name + String(suffix);
+}
+
 void readContexts(const InputValues& tree, Configuration& configuration)
 {
     if (!tree.hasGroup(L"contexts"))
@@ -192,9 +199,7 @@ void readFormatters(const InputValues& tree, Configuration& configuration)
     const Array<String> names = section->groupNames();
     for (uint32_t i = 0; i < names.size(); ++i) {
         const SharedPointer<InputValues> own = section->group(names.at(i));
-        const String className =
-            own->hasValue(L"type") ? own->getString(L"type") : names.at(i) + String(L"formatter");
-        const SharedPointer<Formatter> formatter = createFormatter(className);
+        const SharedPointer<Formatter> formatter = createFormatter(className(*own, names.at(i), L"formatter"));
         registry.add(names.at(i), formatter);
         formatter->setFormatters(configuration.formatters);
         formatter->setDefaultFormat();
@@ -226,9 +231,7 @@ SharedPointer<Writer> readWriters(const InputValues& tree, const Configuration& 
     SharedPointer<MultiWriter> all(new MultiWriter);
     for (uint32_t i = 0; i < active.size(); ++i) {
         const SharedPointer<InputValues> own = section->group(active.at(i));
-        const String className =
-            own->hasValue(L"type") ? own->getString(L"type") : active.at(i) + String(L"writer");
-        const SharedPointer<Writer> writer = createWriter(className);
+        const SharedPointer<Writer> writer = createWriter(className(*own, active.at(i), L"writer"));
         const Array<String> keys = own->valueNames();
         for (uint32_t k = 0; k < keys.size(); ++k) {
             const String& key = keys.at(k);
