@@ -19,25 +19,6 @@ fw_remove_handler_function fw_remove_handler = nullptr;
 // The start of this module's image, from the linker.
 extern "C" IMAGE_DOS_HEADER __ImageBase;
 
-extern "C" {
-// Where the handler sends the faulting thread: pushes the fault's return address and
-// jumps to fw_fault_raise (below). The registers carry the fault: eax the row, edx
-// the address, ecx the faulting instruction.
-void fw_fault_entry();
-[[noreturn]] __attribute__((regparm(3), used)) void fw_fault_raise(uint32_t row, uint32_t address, uint32_t eip);
-}
-
-// The return address is one past the faulting instruction's first byte: the unwinder
-// looks at the byte before a return address to find the instruction that "called",
-// and so finds the faulting instruction itself, inside the handler region that
-// covers it (an instruction that starts such a region would be missed otherwise).
-__asm__(".text\n"
-        ".globl _fw_fault_entry\n"
-        "_fw_fault_entry:\n"
-        "    pushl %ecx\n"
-        "    addl $1, (%esp)\n"
-        "    jmp _fw_fault_raise\n");
-
 namespace {
 
 const uint32_t accessViolation = 0xC0000005;
@@ -53,8 +34,9 @@ struct fault_row
 // The first three rows are the forms of an access violation, chosen by its first
 // parameter; the others are found by the code.
 const fault_row faultRows[] = {
-    {accessViolation, "attempt to write at 0x%{1}08X"},
-    {accessViolation, "attempt to read at 0x%{1}08X"},
+    // 64-bit items: the same 8 digits for a 32-bit address, all of them for a wider one.
+    {accessViolation, "attempt to write at 0x%{1}08llX"},
+    {accessViolation, "attempt to read at 0x%{1}08llX"},
     {accessViolation, "access violation"},
     {0x80000002, "datatype misalignment"},
     {breakpoint, "breakpoint"},
@@ -80,7 +62,7 @@ const fault_row faultRows[] = {
 };
 const int rowCount = int(sizeof faultRows / sizeof *faultRows);
 
-int row_of(uint32_t code, uint32_t parameterCount, uint32_t first)
+int row_of(uint32_t code, uint32_t parameterCount, uintptr_t first)
 {
     if (code == accessViolation) {
         if (parameterCount >= 2 && first == 1)
@@ -96,13 +78,6 @@ int row_of(uint32_t code, uint32_t parameterCount, uint32_t first)
     return -1;
 }
 
-bool in_this_module(uintptr_t address)
-{
-    const uintptr_t base = reinterpret_cast<uintptr_t>(&__ImageBase);
-    const IMAGE_NT_HEADERS* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + __ImageBase.e_lfanew);
-    return address - base < headers->OptionalHeader.SizeOfImage;
-}
-
 template <class Function>
 Function find_function(HMODULE module, const char* name)
 {
@@ -111,12 +86,19 @@ Function find_function(HMODULE module, const char* name)
 
 }  // namespace
 
-fw_string fw_fault_text(uint32_t code, uint32_t parameterCount, const uint32_t* parameters)
+bool fw_fault_in_this_module(uintptr_t instruction)
+{
+    const uintptr_t base = reinterpret_cast<uintptr_t>(&__ImageBase);
+    const IMAGE_NT_HEADERS* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + __ImageBase.e_lfanew);
+    return instruction - base < headers->OptionalHeader.SizeOfImage;
+}
+
+fw_string fw_fault_text(uint32_t code, uint32_t parameterCount, const uintptr_t* parameters)
 {
     const int row = row_of(code, parameterCount, parameterCount >= 1 ? parameters[0] : 0);
     if (row < 0)
         return fw_string();
-    return fw_format(faultRows[row].text, parameterCount >= 2 ? parameters[1] : 0);
+    return fw_format(faultRows[row].text, uint64_t(parameterCount >= 2 ? parameters[1] : 0));
 }
 
 bool fw_fault_of(const EXCEPTION_POINTERS* pointers, fw_fault& fault)
@@ -127,33 +109,25 @@ bool fw_fault_of(const EXCEPTION_POINTERS* pointers, fw_fault& fault)
     if (record.ExceptionCode == breakpoint || record.ExceptionCode == unwinding)
         return false;
     const int row = row_of(record.ExceptionCode, record.NumberParameters,
-                           record.NumberParameters >= 1 ? uint32_t(record.ExceptionInformation[0]) : 0);
+                           record.NumberParameters >= 1 ? uintptr_t(record.ExceptionInformation[0]) : 0);
     if (row < 0)
         return false;
     fault.row = row;
-    fault.address = record.NumberParameters >= 2 ? uint32_t(record.ExceptionInformation[1]) : 0;
-    fault.eip = uint32_t(pointers->ContextRecord->Eip);
+    fault.address = record.NumberParameters >= 2 ? uintptr_t(record.ExceptionInformation[1]) : 0;
+    fault.instruction = fw_fault_instruction(*pointers->ContextRecord);
     return true;
 }
 
 fw_exception_assert* fw_fault_exception(const fw_fault& fault, const void* faultFrame)
 {
-    fw_string text = fw_format(faultRows[fault.row].text, fault.address);
-    text.append(fw_format(", eip=0x%{1}08x", fault.eip).c_str());
+    fw_string text = fw_format(faultRows[fault.row].text, uint64_t(fault.address));
+    // The instruction with all the digits of a pointer: 8 on x86, 16 on x86-64.
+    text.append(fw_format(sizeof(void*) == 8 ? ", eip=0x%{1}016llx" : ", eip=0x%{1}08llx",
+                          uint64_t(fault.instruction)).c_str());
     const fw_string location = fw_format("%{1}s%{2}X", FW_SITE_TAG, uint32_t(__LINE__));
     std::unique_ptr<fw_exception_assert> exception(new fw_exception_assert(location, text, fw_string(), fw_string()));
     exception->setDetails(fw_stack_dump(faultFrame));
     return exception.release();
-}
-
-// Entered as if the faulting instruction had called it, so the frame pointer that
-// its prologue saved is the faulting code's.
-void fw_fault_raise(uint32_t row, uint32_t address, uint32_t eip)
-{
-    const void* faultFrame = *static_cast<void* const*>(__builtin_frame_address(0));
-    fw_exception_assert* exception = fw_fault_exception(fw_fault{int(row), address, eip}, faultFrame);
-    fw_raise(exception);
-    throw exception;
 }
 
 long __stdcall fw_fault_vector(EXCEPTION_POINTERS* pointers)
@@ -162,13 +136,9 @@ long __stdcall fw_fault_vector(EXCEPTION_POINTERS* pointers)
     if (!fw_fault_of(pointers, fault))
         return EXCEPTION_CONTINUE_SEARCH;
     // Outside this module the unwinder cannot follow; see fw/fw_foreign_call.h.
-    if (!in_this_module(fault.eip))
+    if (!fw_fault_in_this_module(fault.instruction))
         return EXCEPTION_CONTINUE_SEARCH;
-    CONTEXT& context = *pointers->ContextRecord;
-    context.Eax = DWORD(fault.row);
-    context.Edx = fault.address;
-    context.Ecx = fault.eip;
-    context.Eip = DWORD(reinterpret_cast<uintptr_t>(&fw_fault_entry));
+    fw_fault_redirect(*pointers->ContextRecord, fault);
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 

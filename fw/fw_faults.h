@@ -13,7 +13,8 @@
 //   }
 //
 // The message is the fault's text from the table of fw_fault_text and, behind
-// ", eip=0x", the address of the faulting instruction in 8 lower-case digits. The
+// ", eip=0x", the address of the faulting instruction in lower-case digits, as many
+// as a pointer has (8 on x86, 16 on x86-64; the label is "eip" in both builds). The
 // details are a stack dump (fw/fw_stack_dump.h) that starts at the faulting
 // function's frame. The exception goes through fw_raise before it is thrown, so a
 // fault while another exception unwinds ends the process with exit code 1.
@@ -34,21 +35,16 @@
 // - The translation is on only where fw_os_kind_translates (XP to 7); on other
 //   systems fw_faults_start registers nothing and faults take their ordinary course.
 // - The handler serves every thread of the process while it is registered.
+// - How the thread gets from the fault to the throw depends on the processor; each
+//   architecture's half (fw_faults_x86.cpp, fw_faults_x64.cpp) says how.
 //
-// How it works. The C++ runtime's unwinder (DWARF tables) cannot walk from inside an
-// exception handler back through the system's dispatcher frames, so nothing is
-// thrown inside the handler. The handler only decides; then it rewrites the thread's
-// context so that, when the system resumes the thread, it enters a raising function
-// as if the faulting instruction had called it: the registers of the faulting code
-// kept, its frame pointer among them, and a return address that leads the unwinder to
-// the faulting instruction. That function builds the exception, takes the dump from
-// the faulting frame, raises and throws it, and the unwinder carries it from there.
 #pragma once
 #include "fw/fw_exception.h"
 
 #include <cstdint>
 
 struct _EXCEPTION_POINTERS;
+struct _CONTEXT;
 
 using fw_fault_handler_function = long(__stdcall*)(_EXCEPTION_POINTERS* pointers);
 using fw_add_handler_function = void*(__stdcall*)(unsigned long first, fw_fault_handler_function handler);
@@ -96,15 +92,15 @@ long __stdcall fw_fault_vector(_EXCEPTION_POINTERS* pointers);
 //
 // The handler itself leaves breakpoints (0x80000003) and unwinding (0xC0000027)
 // alone although the first has a text.
-fw_string fw_fault_text(uint32_t code, uint32_t parameterCount, const uint32_t* parameters);
+fw_string fw_fault_text(uint32_t code, uint32_t parameterCount, const uintptr_t* parameters);
 
 // One fault as the handlers saw it: its row in the table above, the address that
 // the text names, and the faulting instruction.
 struct fw_fault
 {
     int row;
-    uint32_t address;
-    uint32_t eip;
+    uintptr_t address;
+    uintptr_t instruction;
 };
 
 // True, with the fault filled in, when the exception is a fault that the layer
@@ -114,3 +110,14 @@ bool fw_fault_of(const _EXCEPTION_POINTERS* pointers, fw_fault& fault);
 // fault handling, and the dump of the frames from `faultFrame` (the faulting code's
 // frame pointer) upward.
 fw_exception_assert* fw_fault_exception(const fw_fault& fault, const void* faultFrame);
+// True when an instruction lies in this module's image, where the unwinder can
+// follow a throw.
+bool fw_fault_in_this_module(uintptr_t instruction);
+
+// The architecture's half (fw_faults_x86.cpp, fw_faults_x64.cpp).
+// The faulting instruction of a context.
+uintptr_t fw_fault_instruction(const _CONTEXT& context);
+// Rewrites the context of a translated fault in this module so that the thread,
+// when it resumes, raises and throws the fault's exception as if the faulting
+// instruction had called a function that throws.
+void fw_fault_redirect(_CONTEXT& context, const fw_fault& fault);

@@ -1,51 +1,18 @@
 #include "fw/fw_stack_dump.h"
 
-#include "fw/fw_exception.h"
 #include "fw/fw_format.h"
 
 #include <windows.h>
-#include <cstdint>
 
 namespace {
 
-// The lowest address that the walk takes for code; below it a value ends the chain.
-const uintptr_t lowestCode = 0x400000;
-
-struct frame_record
-{
-    const frame_record* next;
-    uintptr_t returnAddress;
-};
-
 char modulePath[1024];
+// Addresses take all the digits of a pointer: 8 on x86, 16 on x86-64.
+const bool wide = sizeof(void*) == 8;
 
-// The stack of the running thread, from its thread information block. A frame
-// pointer outside it is a register that some code used for something else.
-class thread_stack
-{
-public:
-    thread_stack()
-    {
-        // The block's own address at fs:0x18, read directly: mingw's NtCurrentTeb
-        // sets off a false array-bounds warning in gcc 12.
-        const NT_TIB* tib;
-        __asm__("movl %%fs:0x18, %0" : "=r"(tib));
-        low = reinterpret_cast<uintptr_t>(tib->StackLimit);
-        high = reinterpret_cast<uintptr_t>(tib->StackBase);
-    }
+}  // namespace
 
-    bool holds(const frame_record* frame) const
-    {
-        const uintptr_t at = reinterpret_cast<uintptr_t>(frame);
-        return at >= low && at <= high - sizeof(frame_record) && at % alignof(frame_record) == 0;
-    }
-
-private:
-    uintptr_t low;
-    uintptr_t high;
-};
-
-void append_module(fw_string& text, uintptr_t address)
+void fw_stack_dump_module(fw_string& text, uintptr_t address)
 {
     HMODULE module = nullptr;
     if (!GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
@@ -54,32 +21,16 @@ void append_module(fw_string& text, uintptr_t address)
     const DWORD length = GetModuleFileNameA(module, modulePath, sizeof modulePath - 1);
     modulePath[length < sizeof modulePath ? length : sizeof modulePath - 1] = 0;
     text.append(fw_format("Module: %{1}s\r\n", base_name(fw_string(modulePath)).c_str()).c_str());
-    text.append(fw_format("Base: %{1}08X\r\n", reinterpret_cast<uintptr_t>(module)).c_str());
+    text.append(fw_format(wide ? "Base: %{1}016llX\r\n" : "Base: %{1}08llX\r\n",
+                          uint64_t(reinterpret_cast<uintptr_t>(module))).c_str());
 }
 
-}  // namespace
-
-fw_string fw_stack_dump(const void* frame)
+void fw_stack_dump_line(fw_string& text, uintptr_t returnAddress)
 {
-    fw_string text;
-    const frame_record* record = static_cast<const frame_record*>(frame);
-    if (!record)
-        record = static_cast<const frame_record*>(__builtin_frame_address(0))->next;
-    const thread_stack stack;
-    try {
-        if (stack.holds(record))
-            append_module(text, record->returnAddress);
-        while (stack.holds(record) && record->returnAddress >= lowestCode) {
-            text.append(fw_format("%{1}08X\r\n", record->returnAddress).c_str());
-            if (record->next <= record)
-                break;
-            record = record->next;
-        }
-    } catch (fw_exception* failure) {
-        // A failure during the walk (a translated fault, no memory) ends it; what was
-        // collected so far is still worth having.
-        delete failure;
-    } catch (...) {
-    }
-    return fw_format("Stack dump:\r\n%{1}s", text.c_str());
+    text.append(fw_format(wide ? "%{1}016llX\r\n" : "%{1}08llX\r\n", uint64_t(returnAddress)).c_str());
+}
+
+fw_string fw_stack_dump_text(const fw_string& lines)
+{
+    return fw_format("Stack dump:\r\n%{1}s", lines.c_str());
 }

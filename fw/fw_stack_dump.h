@@ -8,18 +8,34 @@
 //   6E94213F\r\n
 //   ...
 //
-// The walk follows the chain of saved frame pointers of 32-bit x86 code, so frames of
-// code built without frame pointers are skipped or end the chain early; the FW layer
-// is built with them. A frame record is a saved frame pointer with the return
-// address behind it. The walk ends at a return address below 0x400000, at a frame
-// that is not above the one before it, and at a frame outside this thread's stack;
-// it never faults and never loops.
+// An address has as many digits as a pointer: 8 on x86, 16 on x86-64.
+//
+// How the frames are found depends on the processor. On x86 the walk follows the
+// chain of saved frame pointers, so frames of code built without frame pointers are
+// skipped or end the chain early (the FW layer is built with them); a frame record is
+// a saved frame pointer with the return address behind it. On x86-64 it follows each
+// function's unwind data, as the system's unwinder does. Either walk ends at a return
+// address below 0x400000, at a frame that is not above the one before it, and at a
+// frame outside this thread's stack; it never faults and never loops.
 //
 // The module name goes through one static buffer without a lock: two threads dumping
 // at once may see each other's name.
 #pragma once
 #include "fw/fw_string.h"
 
-// `frame` null means the frame record of the function that calls this one, so the
-// first address is where that function returns to.
+#include <cstdint>
+
+// `frame` null means the frame of the function that calls this one, so the first
+// address is where that function returns to. Otherwise it names another function's
+// frame in the processor's terms, and the first address is where that function
+// returns to: on x86 its frame record, on x86-64 the stack slot of a return address
+// into it (as a fault's raiser has, entered as if the faulting instruction called).
 fw_string fw_stack_dump(const void* frame);
+
+// The parts of the text, shared by the walks of both architectures: the module and
+// base lines of the module that holds an address, one address line, and the whole
+// text around the lines.
+const uintptr_t fw_stack_dump_lowest_code = 0x400000;
+void fw_stack_dump_module(fw_string& text, uintptr_t address);
+void fw_stack_dump_line(fw_string& text, uintptr_t returnAddress);
+fw_string fw_stack_dump_text(const fw_string& lines);

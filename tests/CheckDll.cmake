@@ -1,12 +1,24 @@
 cmake_policy(SET CMP0057 NEW)
-# Checks the product DLL with objdump: a PE32 (i386) DLL that exports exactly the
-# ten action names and imports only DLLs of the system.
+# Checks the product DLL with objdump: for ARCH x86 a PE32 (i386) DLL that exports
+# the five actions under their plain and stdcall names, for x64 a PE32+ (x86-64) DLL
+# that exports the five plain names; either imports only DLLs of the system.
 execute_process(COMMAND ${OBJDUMP} -p ${DLL} OUTPUT_VARIABLE dump RESULT_VARIABLE failed)
 if(failed)
     message(FATAL_ERROR "objdump failed on ${DLL}")
 endif()
-if(NOT dump MATCHES "file format pei-i386")
-    message(FATAL_ERROR "not a PE32 i386 image")
+set(actions SetApplicationSize SetDomain SetEncaseKorvalinFlag SetProperties Subscribe)
+if(ARCH STREQUAL "x64")
+    set(format pei-x86-64)
+    set(expected ${actions})
+else()
+    set(format pei-i386)
+    set(expected ${actions})
+    foreach(action IN LISTS actions)
+        list(APPEND expected _${action}@4)
+    endforeach()
+endif()
+if(NOT dump MATCHES "file format ${format}")
+    message(FATAL_ERROR "not a ${format} image")
 endif()
 
 string(REGEX MATCHALL "\n\t\\[ *[0-9]+\\] [^\n]+" rows "${dump}")
@@ -17,15 +29,13 @@ foreach(row IN LISTS rows)
     endif()
 endforeach()
 list(SORT exports)
-set(expected SetApplicationSize SetDomain SetEncaseKorvalinFlag SetProperties Subscribe
-    _SetApplicationSize@4 _SetDomain@4 _SetEncaseKorvalinFlag@4 _SetProperties@4 _Subscribe@4)
 list(SORT expected)
 if(NOT exports STREQUAL expected)
     message(FATAL_ERROR "exports are\n  ${exports}\nwanted\n  ${expected}")
 endif()
 
 string(REGEX MATCHALL "DLL Name: [^\n]+" imports "${dump}")
-set(system KERNEL32.dll ADVAPI32.dll USER32.dll msi.dll msvcrt.dll ole32.dll IMAGEHLP.dll IMAGEHLP.DLL)
+set(system KERNEL32.dll ADVAPI32.dll USER32.dll msi.dll msvcrt.dll ole32.dll IMAGEHLP.dll IMAGEHLP.DLL imagehlp.dll)
 foreach(line IN LISTS imports)
     string(REPLACE "DLL Name: " "" name "${line}")
     if(NOT name IN_LIST system)

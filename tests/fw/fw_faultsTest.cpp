@@ -6,6 +6,7 @@
 #include "fw/fw_raise.h"
 #include "fw/fw_site_tag.h"
 #include "support/ExpectThrown.h"
+#include "support/Processor.h"
 #include "support/Faults.h"
 #include "support/MailClient.h"
 #include "support/ScratchKey.h"
@@ -28,11 +29,9 @@ std::string text(const fw_string& s)
     return s.c_str();
 }
 
-std::string hex8(uintptr_t value)
+std::string hexAddress(uintptr_t value)
 {
-    char digits[16];
-    std::snprintf(digits, sizeof digits, "%08X", unsigned(value));
-    return digits;
+    return processor::hexAddress(value);
 }
 
 // The tag that the layer's fault handling puts in the location of its exceptions.
@@ -40,24 +39,25 @@ const std::string faultsTag =
     fw_site_tag<fw_site_hash("fw/fw_faults.cpp", 0xcbf29ce484222325ull),
                 fw_site_hash("fw/fw_faults.cpp", 0x84222325cbf29ce4ull)>::value.text;
 
-// The faulting instruction named at the end of a message: ", eip=0x" and exactly 8
-// lower-case hexadecimal digits. 0 when the message does not end so.
+// The faulting instruction named at the end of a message: ", eip=0x" and exactly as
+// many lower-case hexadecimal digits as an address has. 0 when the message does not
+// end so.
 uintptr_t eipAtTheEnd(const std::string& message)
 {
     const std::string::size_type at = message.rfind(", eip=0x");
-    if (at == std::string::npos || message.size() != at + 16)
+    if (at == std::string::npos || message.size() != at + 8 + processor::addressDigits)
         return 0;
     for (std::string::size_type i = at + 8; i < message.size(); ++i) {
         if (!std::isxdigit(static_cast<unsigned char>(message[i])) || std::isupper(static_cast<unsigned char>(message[i])))
             return 0;
     }
-    return std::strtoul(message.c_str() + at + 8, nullptr, 16);
+    return uintptr_t(std::strtoull(message.c_str() + at + 8, nullptr, 16));
 }
 
 std::string dumpHeader()
 {
     return "Stack dump:\r\nModule: framework_tests.exe\r\nBase: " +
-           hex8(reinterpret_cast<uintptr_t>(GetModuleHandleA(nullptr))) + "\r\n";
+           hexAddress(reinterpret_cast<uintptr_t>(GetModuleHandleA(nullptr))) + "\r\n";
 }
 
 // While a test runs, the layer is up and faults are translated.
@@ -104,7 +104,7 @@ TEST_F(fw_faultsTest, FaultsAreThrownAsAssertionsNamingTheFaultAndTheInstruction
         // where that function returns to.
         const std::string dump = text(fault->details());
         ASSERT_NE(0u, faults::lastReturnAddress);
-        EXPECT_EQ(0u, dump.find(dumpHeader() + hex8(faults::lastReturnAddress) + "\r\n")) << message << "\n" << dump;
+        EXPECT_EQ(0u, dump.find(dumpHeader() + hexAddress(faults::lastReturnAddress) + "\r\n")) << message << "\n" << dump;
     }
 }
 
@@ -241,8 +241,8 @@ TEST_F(fw_faultsTest, SoftwareExceptionsAndBreakpointsPassUntouched)
     // leaves, it leaves as it found it.
     EXCEPTION_RECORD record = {};
     CONTEXT context = {};
-    context.Eip = DWORD(reinterpret_cast<uintptr_t>(&faults::readAt)) + 4;
-    context.Ebp = 0x12345678;
+    processor::setInstruction(context, reinterpret_cast<uintptr_t>(&faults::readAt) + 4);
+    processor::setFramePointer(context, 0x12345678);
     EXCEPTION_POINTERS pointers = {&record, &context};
     const DWORD untouched[] = {EXCEPTION_BREAKPOINT, 0xC0000027 /* unwinding */, 0xE06D7363 /* MSVC C++ */,
                                0x20474343 /* g++ on SEH */, 0x406D1388 /* thread name */, 0x40010006 /* debug text */,
@@ -257,14 +257,15 @@ TEST_F(fw_faultsTest, SoftwareExceptionsAndBreakpointsPassUntouched)
     // A fault in another module is that module's.
     record.ExceptionCode = EXCEPTION_ACCESS_VIOLATION;
     record.NumberParameters = 2;
-    const DWORD ours = context.Eip;
-    context.Eip = DWORD(reinterpret_cast<uintptr_t>(GetProcAddress(GetModuleHandleA("kernel32.dll"), "GetTickCount")));
+    const uintptr_t ours = processor::instruction(context);
+    processor::setInstruction(
+        context, reinterpret_cast<uintptr_t>(GetProcAddress(GetModuleHandleA("kernel32.dll"), "GetTickCount")));
     EXPECT_EQ(0, fw_fault_vector(&pointers));
     // The same fault in this module is taken: the thread would go on elsewhere.
-    context.Eip = ours;
+    processor::setInstruction(context, ours);
     EXPECT_EQ(EXCEPTION_CONTINUE_EXECUTION, fw_fault_vector(&pointers));
-    EXPECT_NE(ours, context.Eip);
-    EXPECT_EQ(0x12345678u, context.Ebp) << "the faulting frame stays the frame";
+    EXPECT_NE(ours, processor::instruction(context));
+    EXPECT_EQ(0x12345678u, processor::framePointer(context)) << "the faulting frame stays the frame";
 }
 
 TEST(fw_faultsTextTest, TextsByCodeAndParameters)
@@ -272,7 +273,7 @@ TEST(fw_faultsTextTest, TextsByCodeAndParameters)
     struct Row {
         uint32_t code;
         uint32_t count;
-        uint32_t parameters[2];
+        uintptr_t parameters[2];
         const char* text;
     };
     const Row rows[] = {

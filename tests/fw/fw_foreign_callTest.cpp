@@ -5,6 +5,7 @@
 #include "support/ActionLibrary.h"
 #include "support/ExpectThrown.h"
 #include "support/Faults.h"
+#include "support/Processor.h"
 
 #include <windows.h>
 #include <gtest/gtest.h>
@@ -56,9 +57,7 @@ public:
 
 void* sehHead()
 {
-    void* head;
-    __asm__ volatile("movl %%fs:0, %0" : "=r"(head));
-    return head;
+    return processor::exceptionChainHead();
 }
 
 bool startsWith(const std::string& text, const std::string& start)
@@ -95,8 +94,9 @@ TEST_F(fw_foreign_callTest, AFaultInTheOtherModuleIsThrownAtTheLanding)
         ASSERT_TRUE(fault) << round;
         const std::string message = fault->message().c_str();
         EXPECT_TRUE(startsWith(message, "attempt to read at 0x00000000, eip=0x")) << message;
-        EXPECT_TRUE(faults::isInside(std::strtoul(message.c_str() + 37, nullptr, 16), probe.read)) << message;
-        EXPECT_EQ(45u, message.size()) << message;
+        EXPECT_TRUE(faults::isInside(uintptr_t(std::strtoull(message.c_str() + 37, nullptr, 16)), probe.read))
+            << message;
+        EXPECT_EQ(37 + processor::addressDigits, message.size()) << message;
         EXPECT_TRUE(startsWith(fault->details().c_str(), "Stack dump:\r\n")) << fault->details().c_str();
         EXPECT_EQ(fault.get(), fw_current_exception()) << "raised at the landing";
         EXPECT_EQ(head, sehHead()) << "the SEH chain is as it was";
@@ -139,21 +139,8 @@ TEST_F(fw_foreign_callTest, TheRegistersThatCallsKeepComeBackAsTheyWere)
 {
     registersProbe = &probe;
     registersCaught = 0;
-    uint32_t ebx = 0, esi = 0, edi = 0;
-    __asm__ volatile("movl $0x11111111, %%ebx\n\t"
-                     "movl $0x22222222, %%esi\n\t"
-                     "movl $0x33333333, %%edi\n\t"
-                     "call %P3\n\t"
-                     "movl %%ebx, %0\n\t"
-                     "movl %%esi, %1\n\t"
-                     "movl %%edi, %2"
-                     : "=m"(ebx), "=m"(esi), "=m"(edi)
-                     : "i"(&landFromAFaultWithRegistersInUse)
-                     : "eax", "ecx", "edx", "ebx", "esi", "edi", "memory", "cc");
+    EXPECT_TRUE(processor::keepsRegisters(&landFromAFaultWithRegistersInUse));
     EXPECT_EQ(1, registersCaught);
-    EXPECT_EQ(0x11111111u, ebx);
-    EXPECT_EQ(0x22222222u, esi);
-    EXPECT_EQ(0x33333333u, edi);
 }
 
 TEST_F(fw_foreign_callTest, TheOtherModulesOwnHandlersComeFirst)

@@ -1,5 +1,7 @@
 #include "Framework/Diagnostics/RuntimeHooks.h"
 
+#include "Framework/Diagnostics/RuntimeImage.h"
+
 #include <windows.h>
 
 #include <csignal>
@@ -8,62 +10,19 @@
 #include <cstdlib>
 #include <cstring>
 
-extern "C" void __register_frame_info(const void* begin, void* object);
-extern "C" void* __deregister_frame_info(const void* begin);
-
 namespace Framework { namespace RuntimeHooks {
 
 namespace {
 
 HMODULE runtime() { return GetModuleHandleW(L"msvcrt.dll"); }
 
-// The unwinder's record of a registered table: opaque, a few words.
-void* frameObject[16];
-const void* registeredFrames = nullptr;
-
-const IMAGE_NT_HEADERS* imageHeaders(HMODULE module)
-{
-    const char* base = reinterpret_cast<const char*>(module);
-    return reinterpret_cast<const IMAGE_NT_HEADERS*>(base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
-}
-
-// Bytes of a loaded module's file on disk, from an offset in the file: what the image
-// in memory lacks (the string table of section names) or may have changed.
-bool readModuleFile(HMODULE module, long offset, void* out, size_t count)
-{
-    char path[MAX_PATH];
-    if (!GetModuleFileNameA(module, path, MAX_PATH))
-        return false;
-    FILE* file = std::fopen(path, "rb");
-    if (!file)
-        return false;
-    const bool read = std::fseek(file, offset, SEEK_SET) == 0 && std::fread(out, 1, count, file) == count;
-    std::fclose(file);
-    return read;
-}
-
-// A section's name longer than eight bytes is "/offset" into the string table, which
-// lives in the file on disk only.
-bool sectionIs(HMODULE module, const IMAGE_SECTION_HEADER& section, const char* wanted)
-{
-    char name[16] = {};
-    std::memcpy(name, section.Name, 8);
-    if (name[0] == '/') {
-        const IMAGE_FILE_HEADER& file = imageHeaders(module)->FileHeader;
-        const long strings = long(file.PointerToSymbolTable + file.NumberOfSymbols * 18);
-        if (!readModuleFile(module, strings + std::atol(name + 1), name, std::strlen(wanted) + 1))
-            return false;
-    }
-    return std::strcmp(name, wanted) == 0;
-}
-
 struct Redirect
 {
     unsigned char* entry = nullptr;
     // The entry's bytes as msvcrt's file has them: what goes back at unload.
-    unsigned char original[5] = {};
+    unsigned char original[RuntimeImage::jumpRoom] = {};
     bool haveOriginal = false;
-    unsigned char jump[5] = {};
+    unsigned char jump[RuntimeImage::jumpRoom] = {};
 };
 Redirect invalidParameterRedirect;
 
@@ -71,24 +30,25 @@ Redirect invalidParameterRedirect;
 // module may have redirected the entry too, so the bytes in memory aren't trusted.
 bool fileBytes(HMODULE module, const unsigned char* at, unsigned char* out, size_t count)
 {
-    const IMAGE_NT_HEADERS* headers = imageHeaders(module);
+    const IMAGE_NT_HEADERS* headers = RuntimeImage::headers(module);
     const uint32_t rva = uint32_t(at - reinterpret_cast<const unsigned char*>(module));
     const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(headers);
     for (unsigned i = 0; i < headers->FileHeader.NumberOfSections; ++i) {
         if (rva >= section[i].VirtualAddress && rva + count <= section[i].VirtualAddress + section[i].SizeOfRawData)
-            return readModuleFile(module, long(section[i].PointerToRawData + (rva - section[i].VirtualAddress)), out, count);
+            return RuntimeImage::readFile(module, long(section[i].PointerToRawData + (rva - section[i].VirtualAddress)), out, count);
     }
     return false;
 }
 
 bool writeCode(unsigned char* at, const unsigned char* bytes)
 {
+    const size_t length = RuntimeImage::jumpLength;
     DWORD old = 0;
-    if (!VirtualProtect(at, 5, PAGE_EXECUTE_READWRITE, &old))
+    if (!VirtualProtect(at, length, PAGE_EXECUTE_READWRITE, &old))
         return false;
-    std::memcpy(at, bytes, 5);
-    VirtualProtect(at, 5, old, &old);
-    FlushInstructionCache(GetCurrentProcess(), at, 5);
+    std::memcpy(at, bytes, length);
+    VirtualProtect(at, length, old, &old);
+    FlushInstructionCache(GetCurrentProcess(), at, length);
     return true;
 }
 
@@ -99,9 +59,7 @@ struct UnloadGuard
     ~UnloadGuard()
     {
         setInvalidParameterHandler(nullptr);
-        if (registeredFrames)
-            __deregister_frame_info(registeredFrames);
-        registeredFrames = nullptr;
+        RuntimeImage::forgetUnwindTables();
     }
 } unloadGuard;
 
@@ -116,21 +74,8 @@ Function runtimeFunction(const char* name)
 
 bool enableUnwindingThroughRuntime()
 {
-    if (registeredFrames)
-        return true;
     const HMODULE module = runtime();
-    if (!module)
-        return false;
-    const IMAGE_NT_HEADERS* headers = imageHeaders(module);
-    const IMAGE_SECTION_HEADER* section = IMAGE_FIRST_SECTION(headers);
-    for (unsigned i = 0; i < headers->FileHeader.NumberOfSections; ++i) {
-        if (sectionIs(module, section[i], ".eh_frame")) {
-            registeredFrames = reinterpret_cast<const char*>(module) + section[i].VirtualAddress;
-            __register_frame_info(registeredFrames, frameObject);
-            return true;
-        }
-    }
-    return false;
+    return module && RuntimeImage::registerUnwindTables(module);
 }
 
 bool setInvalidParameterHandler(InvalidParameterHandler handler)
@@ -139,7 +84,8 @@ bool setInvalidParameterHandler(InvalidParameterHandler handler)
     if (!handler) {
         // Only our own jump goes: one that another module put there since is that
         // module's to take back.
-        if (redirect.entry && std::memcmp(redirect.entry, redirect.jump, 5) == 0 && redirect.haveOriginal)
+        if (redirect.entry && std::memcmp(redirect.entry, redirect.jump, RuntimeImage::jumpLength) == 0 &&
+            redirect.haveOriginal)
             return writeCode(redirect.entry, redirect.original);
         return true;
     }
@@ -147,21 +93,19 @@ bool setInvalidParameterHandler(InvalidParameterHandler handler)
         redirect.entry = runtimeFunction<unsigned char*>("_invalid_parameter");
         if (!redirect.entry)
             return false;
-        redirect.haveOriginal = fileBytes(runtime(), redirect.entry, redirect.original, 5);
+        redirect.haveOriginal = fileBytes(runtime(), redirect.entry, redirect.original, RuntimeImage::jumpLength);
         if (!redirect.haveOriginal)
             return false;
     }
-    // jmp rel32 to the handler: it takes _invalid_parameter's arguments as they are.
-    redirect.jump[0] = 0xE9;
-    const int32_t distance = int32_t(reinterpret_cast<uintptr_t>(handler) - reinterpret_cast<uintptr_t>(redirect.entry + 5));
-    std::memcpy(redirect.jump + 1, &distance, 4);
+    // A jump to the handler: it takes _invalid_parameter's arguments as they are.
+    RuntimeImage::makeJump(redirect.jump, redirect.entry, reinterpret_cast<const void*>(handler));
     return writeCode(redirect.entry, redirect.jump);
 }
 
 NewHandler setRuntimeNewHandler(NewHandler handler)
 {
     using Setter = NewHandler(__cdecl*)(NewHandler);
-    const Setter set = runtimeFunction<Setter>("?_set_new_handler@@YAP6AHI@ZP6AHI@Z@Z");
+    const Setter set = runtimeFunction<Setter>(RuntimeImage::newHandlerSetter);
     return set ? set(handler) : nullptr;
 }
 

@@ -1,5 +1,7 @@
 #include "Framework/Diagnostics/StackDump.h"
 
+#include "Framework/Diagnostics/StackFrames.h"
+
 #include "Framework/Array.h"
 #include "Framework/Exceptions.h"
 #include "Framework/Io/FileSystem.h"
@@ -17,6 +19,8 @@ namespace Framework {
 namespace {
 
 const uint32_t maximumAddresses = 100;
+// Addresses take all the digits of a pointer: 8 on x86, 16 on x86-64.
+const bool wide = sizeof(void*) == 8;
 const DWORD allAccess = 0x1F0FFF;
 
 // Every imagehlp call, and the one-time preparation, run under this lock: imagehlp
@@ -71,8 +75,8 @@ bool initializeModuleByModule(const char* searchPath)
     MODULEENTRY32 entry;
     entry.dwSize = sizeof entry;
     for (BOOL more = Module32First(snapshot, &entry); more; more = Module32Next(snapshot, &entry))
-        SymLoadModule(symbolProcess, nullptr, entry.szExePath, entry.szModule,
-                      DWORD(reinterpret_cast<uintptr_t>(entry.modBaseAddr)), entry.modBaseSize);
+        StackFrames::loadModule(symbolProcess, entry.szExePath, entry.szModule,
+                              uint64_t(reinterpret_cast<uintptr_t>(entry.modBaseAddr)), entry.modBaseSize);
     CloseHandle(snapshot);
     return true;
 }
@@ -96,62 +100,7 @@ void prepareSymbols()
                    initializeModuleByModule(searchPath.c_str());
 }
 
-// The walk reads only this process's own stack. The platform's own reader goes
-// through the process handle, which under Wine is a round trip to its server for
-// every read and made a dump cost a third of a second; a page that isn't readable
-// fails the read, as it would there.
-BOOL CALLBACK readOwnMemory(HANDLE, DWORD address, void* buffer, DWORD size, DWORD* copied)
-{
-    const char* const from = reinterpret_cast<const char*>(uintptr_t(address));
-    MEMORY_BASIC_INFORMATION region;
-    if (!VirtualQuery(from, &region, sizeof region) || region.State != MEM_COMMIT ||
-        (region.Protect & (PAGE_NOACCESS | PAGE_GUARD)) || region.Protect == 0 ||
-        from + size > static_cast<const char*>(region.BaseAddress) + region.RegionSize)
-        return FALSE;
-    std::memcpy(buffer, from, size);
-    if (copied)
-        *copied = size;
-    return TRUE;
-}
-
-String placeOf(DWORD address)
-{
-    IMAGEHLP_LINE line = {};
-    line.SizeOfStruct = 20;
-    DWORD displacement = 0;
-    if (!SymGetLineFromAddr(symbolProcess, address, &displacement, &line) || !line.FileName)
-        return String();
-    const Io::Path source(String(line.FileName), false);
-    return String::format(L"%S:%d", source.nameAndExtension().c_str(), int(line.LineNumber));
-}
-
-String symbolOf(DWORD address)
-{
-    union {
-        IMAGEHLP_SYMBOL symbol;
-        char space[sizeof(IMAGEHLP_SYMBOL) + 2048];
-    } buffer = {};
-    buffer.symbol.SizeOfStruct = 24;
-    buffer.symbol.MaxNameLength = 2048;
-    DWORD displacement = 0;
-    if (!SymGetSymFromAddr(symbolProcess, address, &displacement, &buffer.symbol))
-        return String();
-    String text(buffer.symbol.Name);
-    if (displacement != 0)
-        text += String::format(L"+0x%X", unsigned(displacement));
-    return text;
-}
-
 }  // namespace
-
-__attribute__((noinline)) void currentFrame(uint32_t& instruction, uint32_t& frame, uint32_t& stack)
-{
-    // Our own frame: the caller's frame pointer, then the return address into it.
-    void* const* const own = static_cast<void* const*>(__builtin_frame_address(0));
-    instruction = uint32_t(reinterpret_cast<uintptr_t>(own[1]));
-    frame = uint32_t(reinterpret_cast<uintptr_t>(own[0]));
-    stack = uint32_t(reinterpret_cast<uintptr_t>(own + 2));
-}
 
 String stackDump(const _CONTEXT* given)
 {
@@ -160,15 +109,10 @@ String stackDump(const _CONTEXT* given)
     if (given) {
         context = *given;
     } else {
-        ZeroMemory(&context, sizeof context);
-        uint32_t instruction, frame, stack;
-        currentFrame(instruction, frame, stack);
-        context.Eip = instruction;
-        context.Ebp = frame;
-        context.Esp = stack;
+        StackFrames::presentContext(context);
     }
 
-    Array<uint32_t> addresses;
+    Array<uint64_t> addresses;
     Array<String> places;
     Array<String> symbols;
     uint32_t placeWidth = 0;
@@ -178,27 +122,12 @@ String stackDump(const _CONTEXT* given)
             prepareSymbols();
         // The walk runs on the thread it walks, where the pseudo handle names it; a
         // duplicate made and closed for each dump cost two round trips to Wine's server.
-        const HANDLE thread = GetCurrentThread();
-        STACKFRAME frame = {};
-        frame.AddrPC.Offset = context.Eip;
-        frame.AddrFrame.Offset = context.Ebp;
-        frame.AddrStack.Offset = context.Esp;
-        frame.AddrPC.Mode = frame.AddrFrame.Mode = frame.AddrStack.Mode = AddrModeFlat;
-        addresses.add(context.Eip);
-        while (StackWalk(IMAGE_FILE_MACHINE_I386, symbolProcess, thread, &frame, &context, readOwnMemory,
-                         SymFunctionTableAccess, SymGetModuleBase, nullptr)) {
-            const uint32_t returnAddress = frame.AddrReturn.Offset;
-            if (addresses.size() > maximumAddresses || returnAddress == addresses.at(addresses.size() - 1))
-                break;
-            // A frame that returns to 0 is passed over; the walk goes on.
-            if (returnAddress != 0)
-                addresses.add(returnAddress);
-        }
+        StackFrames::walk(symbolProcess, context, addresses, maximumAddresses);
         if (symbolsReady) {
             for (uint32_t i = 0; i < addresses.size(); ++i) {
-                places.add(placeOf(addresses.at(i)));
+                places.add(StackFrames::placeOf(symbolProcess, addresses.at(i)));
                 placeWidth = std::max(placeWidth, places.at(i).length());
-                symbols.add(symbolOf(addresses.at(i)));
+                symbols.add(StackFrames::symbolOf(symbolProcess, addresses.at(i)));
             }
         }
     }
@@ -210,10 +139,11 @@ String stackDump(const _CONTEXT* given)
         const DWORD length = GetModuleFileNameW(module, moduleName, sizeof moduleName / sizeof moduleName[0]);
         const Io::Path path(String(moduleName, length), false);
         text += String::format(L"Module: %S\r\n", path.nameAndExtension().c_str());
-        text += String::format(L"Base: %08X\r\n", unsigned(reinterpret_cast<uintptr_t>(module)));
+        text += String::format(wide ? L"Base: %016LX\r\n" : L"Base: %08LX\r\n",
+                               uint64_t(reinterpret_cast<uintptr_t>(module)));
     }
     for (uint32_t i = 0; i < addresses.size(); ++i) {
-        text += String::format(L"%08X", unsigned(addresses.at(i)));
+        text += String::format(wide ? L"%016LX" : L"%08LX", addresses.at(i));
         if (symbolsReady) {
             const String& place = places.at(i);
             const String& symbol = symbols.at(i);

@@ -12,6 +12,8 @@
 //
 // The walk ends with the first frame it can't take, the same address twice in a row,
 // or beyond 100 addresses. Nothing here fails: a dump with less in it is still a dump.
+// An address has as many digits as a pointer: 8 on x86, 16 on x86-64. On x86 the walk
+// follows frame pointers, on x86-64 each function's unwind data.
 #pragma once
 #include "Framework/String.h"
 
@@ -24,9 +26,5 @@ namespace Framework {
 // The stack from a processor context (left unchanged), or from the present point
 // when context is null.
 String stackDump(const _CONTEXT* context);
-
-// The caller's return address, its frame pointer and its stack pointer at the point
-// of the call.
-void currentFrame(uint32_t& instruction, uint32_t& frame, uint32_t& stack);
 
 }  // namespace Framework

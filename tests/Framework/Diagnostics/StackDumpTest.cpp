@@ -5,6 +5,7 @@
 
 #include "support/ActionLibrary.h"
 #include "support/Installer.h"
+#include "support/Processor.h"
 #include "support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
@@ -23,12 +24,8 @@ using Framework::String;
 
 namespace {
 
-std::string hex8(uint32_t value)
-{
-    char text[9];
-    std::snprintf(text, sizeof text, "%08X", unsigned(value));
-    return text;
-}
+using processor::addressDigits;
+using processor::hexAddress;
 
 std::vector<std::string> linesOf(const std::string& text)
 {
@@ -43,9 +40,9 @@ std::vector<std::string> linesOf(const std::string& text)
 
 bool startsWithAddress(const std::string& line)
 {
-    if (line.size() < 8 || (line.size() > 8 && line[8] != ' '))
+    if (line.size() < addressDigits || (line.size() > addressDigits && line[addressDigits] != ' '))
         return false;
-    for (int i = 0; i < 8; ++i) {
+    for (size_t i = 0; i < addressDigits; ++i) {
         if (!std::strchr("0123456789ABCDEF", line[i]))
             return false;
     }
@@ -73,8 +70,8 @@ size_t checkWhole(const std::vector<std::string>& lines, const std::string& modu
 
 struct ProbeRun
 {
-    uint32_t base = 0;
-    uint32_t returns[3] = {};
+    uint64_t base = 0;
+    uint64_t returns[3] = {};
     int throwLine = 0;
     std::vector<std::string> dump;
 };
@@ -96,10 +93,10 @@ ProbeRun runProbe(const char* setting)
     return run;
 }
 
-size_t lineStartingWith(const std::vector<std::string>& lines, uint32_t address)
+size_t lineStartingWith(const std::vector<std::string>& lines, uint64_t address)
 {
     for (size_t i = 0; i < lines.size(); ++i) {
-        if (lines[i].compare(0, 8, hex8(address)) == 0)
+        if (lines[i].compare(0, addressDigits, hexAddress(address)) == 0)
             return i;
     }
     return std::string::npos;
@@ -139,17 +136,17 @@ TEST(StackDumpTest, AnExceptionCarriesItsStackWithSymbolsExactlyWhenThePdbStands
     for (const bool symbols : {false, true}) {
         SCOPED_TRACE(symbols ? "with the .pdb" : "without it");
         const ProbeRun run = runProbe(symbols ? "KORVALIN_STACK_PROBE" : "KORVALIN_PLAIN_STACK_PROBE");
-        checkWhole(run.dump, "stack_probe.exe", hex8(run.base));
+        checkWhole(run.dump, "stack_probe.exe", hexAddress(run.base));
         // The three calls that threw, in order, behind the frame of the throw itself.
         const size_t inMiddle = lineStartingWith(run.dump, run.returns[0]);
         ASSERT_NE(std::string::npos, inMiddle);
         ASSERT_GE(inMiddle, 4u);
         ASSERT_LT(inMiddle + 2, run.dump.size());
-        EXPECT_EQ(hex8(run.returns[1]), run.dump[inMiddle + 1].substr(0, 8));
-        EXPECT_EQ(hex8(run.returns[2]), run.dump[inMiddle + 2].substr(0, 8));
+        EXPECT_EQ(hexAddress(run.returns[1]), run.dump[inMiddle + 1].substr(0, addressDigits));
+        EXPECT_EQ(hexAddress(run.returns[2]), run.dump[inMiddle + 2].substr(0, addressDigits));
         if (!symbols) {
             for (size_t i = 3; i < run.dump.size(); ++i)
-                EXPECT_EQ(8u, run.dump[i].size()) << run.dump[i];
+                EXPECT_EQ(addressDigits, run.dump[i].size()) << run.dump[i];
             continue;
         }
         const std::string& thrower = run.dump[inMiddle - 1];
@@ -158,16 +155,18 @@ TEST(StackDumpTest, AnExceptionCarriesItsStackWithSymbolsExactlyWhenThePdbStands
         EXPECT_NE(std::string::npos, run.dump[inMiddle].find("throwingMiddle")) << run.dump[inMiddle];
         // Places in one column behind the address, symbols in one column behind the
         // widest place.
+        const size_t place = addressDigits + 1;
         size_t placeWidth = 0;
         for (size_t i = 3; i < run.dump.size(); ++i) {
-            if (run.dump[i].size() > 9)
-                placeWidth = std::max(placeWidth, run.dump[i].find(' ', 9) - 9);
+            if (run.dump[i].size() > place)
+                placeWidth = std::max(placeWidth, run.dump[i].find(' ', place) - place);
         }
         for (size_t i = 3; i < run.dump.size(); ++i) {
             const std::string& line = run.dump[i];
-            const size_t symbol = line.find_first_not_of(' ', 9 + std::min(line.size() - 9, line.find(' ', 9) - 9));
-            if (line.size() > 9 && symbol != std::string::npos) {
-                EXPECT_EQ(10 + placeWidth, symbol) << line;
+            const size_t symbol =
+                line.find_first_not_of(' ', place + std::min(line.size() - place, line.find(' ', place) - place));
+            if (line.size() > place && symbol != std::string::npos) {
+                EXPECT_EQ(place + 1 + placeWidth, symbol) << line;
             }
         }
     }
@@ -176,7 +175,7 @@ TEST(StackDumpTest, AnExceptionCarriesItsStackWithSymbolsExactlyWhenThePdbStands
 TEST(StackDumpTest, AGivenContextIsKeptAndTheWalkHasItsLimits)
 {
     const std::string module = "framework_tests.exe";
-    const std::string base = hex8(uint32_t(reinterpret_cast<uintptr_t>(GetModuleHandleW(nullptr))));
+    const std::string base = hexAddress(reinterpret_cast<uintptr_t>(GetModuleHandleW(nullptr)));
 
     CONTEXT context = {};
     context.ContextFlags = CONTEXT_FULL;
@@ -186,7 +185,7 @@ TEST(StackDumpTest, AGivenContextIsKeptAndTheWalkHasItsLimits)
     EXPECT_EQ(0, std::memcmp(&before, &context, sizeof context)) << "the caller's context was changed";
     checkWhole(fromContext, module, base);
     ASSERT_GE(fromContext.size(), 4u);
-    EXPECT_EQ(hex8(context.Eip), fromContext[3]);
+    EXPECT_EQ(hexAddress(processor::instruction(context)), fromContext[3]);
 
     EXPECT_EQ(101u, checkWhole(dumpLines(dumpAtEvenDepth(150)), module, base)) << "the first address and 100 more";
     // The walk ends at the first return address that repeats the one before: inside

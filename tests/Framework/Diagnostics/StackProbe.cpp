@@ -5,17 +5,18 @@
 
 #include <windows.h>
 
+#include <cinttypes>
 #include <cstdio>
 
 namespace {
 
-uint32_t returns[3];
+uint64_t returns[3];
 int throwLine;
 // Read at run time, so that the compiler can't see that the innermost call never
 // returns and end its caller with the call.
 volatile bool throwing = true;
 
-uint32_t returnAddress(void* address) { return uint32_t(reinterpret_cast<uintptr_t>(address)); }
+uint64_t returnAddress(void* address) { return reinterpret_cast<uintptr_t>(address); }
 
 __attribute__((noinline)) void throwingInner()
 {
@@ -52,7 +53,7 @@ int main(int argc, char** argv)
     try {
         throwingOuter();
     } catch (Framework::Exception* exception) {
-        std::fprintf(out, "base %08X\nreturns %08X %08X %08X\nline %d\n",
+        std::fprintf(out, "base %" PRIX64 "\nreturns %" PRIX64 " %" PRIX64 " %" PRIX64 "\nline %d\n",
                      returnAddress(GetModuleHandleW(nullptr)), returns[0], returns[1], returns[2], throwLine);
         const Framework::AnsiString description(exception->description(false));
         std::fwrite(description.c_str(), 1, description.length(), out);

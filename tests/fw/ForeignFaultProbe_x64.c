@@ -1,0 +1,42 @@
+/* The probe's functions that need x86-64 instructions. */
+#include <windows.h>
+
+/* Faults with the registers that calls keep in use, as a function deep in a real
+   module would: whoever lands from here must not find them so. */
+__declspec(dllexport) int ProbeReadWithRegistersInUse(const volatile int* at)
+{
+    int value;
+    __asm__ volatile("movq $0xBAD0BAD0BAD0BAD0, %%rbx\n\t"
+                     "movq %%rbx, %%rsi\n\t"
+                     "movq %%rbx, %%rdi\n\t"
+                     "movq %%rbx, %%r12\n\t"
+                     "movq %%rbx, %%r13\n\t"
+                     "movq %%rbx, %%r14\n\t"
+                     "movq %%rbx, %%r15\n\t"
+                     "movq %%rbx, %%xmm6\n\t"
+                     "movl (%1), %0"
+                     : "=r"(value)
+                     : "r"(at)
+                     : "rbx", "rsi", "rdi", "r12", "r13", "r14", "r15", "xmm6");
+    return value;
+}
+
+/* Reads under a handler of this module (named in the function's unwind data) that
+   looks at the fault and declines it. */
+__asm__(".text\n"
+        ".globl ProbeReadUnderOwnHandler\n"
+        ".def ProbeReadUnderOwnHandler; .scl 2; .type 32; .endef\n"
+        ".seh_proc ProbeReadUnderOwnHandler\n"
+        "ProbeReadUnderOwnHandler:\n"
+        "    .seh_handler probeDecline, @except\n"
+        "    subq $40, %rsp\n"
+        "    .seh_stackalloc 40\n"
+        "    .seh_endprologue\n"
+        "    movl (%rcx), %eax\n"
+        "    nop\n"
+        "    addq $40, %rsp\n"
+        "    ret\n"
+        ".seh_endproc\n"
+        ".section .drectve\n"
+        ".ascii \" -export:ProbeReadUnderOwnHandler\"\n"
+        ".text\n");
