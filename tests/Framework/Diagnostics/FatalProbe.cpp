@@ -6,6 +6,7 @@
 #include "Framework/Log/Context.h"
 #include "Framework/Log/Logger.h"
 #include "fw/fw_exception.h"
+#include "support/Exhaustion.h"
 
 #include <cstdio>
 #include <cstring>
@@ -82,10 +83,7 @@ int main(int argc, char** argv)
         });
     }
     if (way == "memory") {
-        return expectCaught<fw_exception_memory>("fw_exception_memory", [] {
-            char* volatile block = new char[0x7FFFFFF0u];
-            delete[] block;
-        });
+        return expectCaught<fw_exception_memory>("fw_exception_memory", exhaustion::allocateTooMuch);
     }
     if (way == "insufficient")
         return expectCaught<fw_exception_memory>("fw_exception_memory", [] { Crt::handleInsufficientMemory(16); });
