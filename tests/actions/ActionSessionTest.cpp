@@ -29,10 +29,13 @@ protected:
 
 TEST_F(ActionSessionTest, EveryExportHasItsPlainAndDecoratedNameAtOneAddress)
 {
+    // x86 has the stdcall name beside the plain one; x86-64 has one convention and
+    // plain names only.
+    const bool decoratedNames = sizeof(void*) == 4;
     for (const char* name : allActions) {
         const std::string decorated = std::string("_") + name + "@4";
         ASSERT_NE(nullptr, dll.action(name)) << name;
-        EXPECT_EQ(dll.action(name), dll.action(decorated.c_str())) << name;
+        EXPECT_EQ(decoratedNames ? dll.action(name) : nullptr, dll.action(decorated.c_str())) << name;
     }
 }
 
@@ -50,11 +53,6 @@ TEST_F(ActionSessionTest, SetPropertiesHandsTheTimeInMillisecondsToTheSession)
     const uint64_t stamp = std::stoull(value);
     EXPECT_LE(before, stamp);
     EXPECT_GE(after, stamp);
-
-    // The decorated name runs the same action and overwrites the value.
-    session.setProperty(L"CURRENTTIMEMS", L"0");
-    EXPECT_EQ(0u, dll.call("_SetProperties@4", session.handle()));
-    EXPECT_EQ(13u, session.property(L"CURRENTTIMEMS").size());
 }
 
 // SetDomain is the exception: an empty upgrade code is malformed, and fatal (see
