@@ -89,8 +89,8 @@ int main(int argc, char** argv)
 
     if (mismatches)
         std::printf("%d values differ from what was written\n", mismatches);
-    std::printf("%-44s ours %10.1f ms   GetPrivateProfileStringW %10.1f ms%s   ratio %.4f (%.0f times faster)\n",
+    std::printf("%-44s ours %10.1f ms   GetPrivateProfileStringW %10.1f ms%s   ratio %.4f (%.0f times faster)   %s\n",
                 "10,000 keys in 100 sections, parse + read", best * 1e3, baseline * 1e3,
-                baselineKeys < totalKeys ? " (scaled)" : "", best / baseline, baseline / best);
+                baselineKeys < totalKeys ? " (scaled)" : "", best / baseline, baseline / best, bench::lane());
     return mismatches ? 1 : 0;
 }

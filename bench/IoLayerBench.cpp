@@ -102,9 +102,9 @@ void lineReading()
                     unsigned(theirs));
     const double oursRate = double(ours) / oursSeconds;
     const double theirsRate = double(theirs) / theirsSeconds;
-    std::printf("%-40s ours %9.0f lines/s   std::getline %9.0f lines/s   ratio %.2f (%.0f vs %.0f MB/s)\n",
+    std::printf("%-40s ours %9.0f lines/s   std::getline %9.0f lines/s   ratio %.2f (%.0f vs %.0f MB/s)   %s\n",
                 "LineReader, 50 MB, \"\\n\"", oursRate, theirsRate, oursSeconds / theirsSeconds,
-                50.0 / oursSeconds, 50.0 / theirsSeconds);
+                50.0 / oursSeconds, 50.0 / theirsSeconds, bench::lane());
 }
 
 const wchar_t* const pathTexts[] = {

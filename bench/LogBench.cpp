@@ -118,10 +118,10 @@ int main()
     const double plainSeconds = fwriteAll(false);
     const double committedSeconds = fwriteAll(true);
 
-    std::printf("%-40s ours %9.0f rec/s   %-22s %9.0f rec/s   ratio %.2f\n", "FileWriter, default line", records / writerSeconds,
-                "fwrite, buffered", records / plainSeconds, plainSeconds / writerSeconds);
-    std::printf("%-40s ours %9.0f rec/s   %-22s %9.0f rec/s   ratio %.2f\n", "FileWriter, default line", records / writerSeconds,
-                "fwrite+fflush+_commit", records / committedSeconds, committedSeconds / writerSeconds);
+    std::printf("%-40s ours %9.0f rec/s   %-22s %9.0f rec/s   ratio %.2f   %s\n", "FileWriter, default line", records / writerSeconds,
+                "fwrite, buffered", records / plainSeconds, plainSeconds / writerSeconds, bench::lane());
+    std::printf("%-40s ours %9.0f rec/s   %-22s %9.0f rec/s   ratio %.2f   %s\n", "FileWriter, default line", records / writerSeconds,
+                "fwrite+fflush+_commit", records / committedSeconds, committedSeconds / writerSeconds, bench::lane());
     std::printf("%-40s %9.0f rec/s of the %.0f s of FileWriter\n", "of which formatting alone", records / formatSeconds,
                 writerSeconds);
     std::printf("(rec/s ratios are ours / baseline: below 1 means slower)\n");
