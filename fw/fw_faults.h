@@ -44,6 +44,7 @@
 #include <cstdint>
 
 struct _EXCEPTION_POINTERS;
+struct _EXCEPTION_RECORD;
 struct _CONTEXT;
 
 using fw_fault_handler_function = long(__stdcall*)(_EXCEPTION_POINTERS* pointers);

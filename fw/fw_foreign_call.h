@@ -65,6 +65,10 @@ void fw_landing_run(fw_landing& landing, void (*thunk)(void*), void* argument);
 // At the landing, after the jump: raises and throws the fault's exception, or throws
 // what went wrong while it was built.
 [[noreturn]] void fw_landing_throw(fw_landing& landing);
+// Whether a landing's handler, asked during the search for a handler, takes the
+// exception: a translated fault while the translation is on, nothing that is
+// unwinding or can't be continued. Fills the fault when it does.
+bool fw_landing_takes(const _EXCEPTION_RECORD* record, _CONTEXT* context, fw_fault& fault);
 
 // Runs call() under a landing and returns what it returns.
 template <class Call>

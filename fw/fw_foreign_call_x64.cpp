@@ -121,21 +121,10 @@ __asm__(".text\n"
         "    subq $8, %rsp\n"
         "    jmp fw_landing_reached\n");
 
-namespace {
-
-// Flags of an exception record.
-const DWORD noncontinuable = 0x1;
-const DWORD unwindingNow = 0x2 | 0x4;
-
-}  // namespace
-
 EXCEPTION_DISPOSITION fw_landing_frame_handler(EXCEPTION_RECORD* record, void* establisher, CONTEXT* context, void*)
 {
-    if (!record || (record->ExceptionFlags & (noncontinuable | unwindingNow)) || !fw_fault_handler_on)
-        return ExceptionContinueSearch;
-    EXCEPTION_POINTERS pointers = {record, context};
     fw_fault fault;
-    if (!fw_fault_of(&pointers, fault))
+    if (!fw_landing_takes(record, context, fault))
         return ExceptionContinueSearch;
     fw_landing* landing = *reinterpret_cast<fw_landing**>(static_cast<char*>(establisher) + 32);
     landing->fault = fault;

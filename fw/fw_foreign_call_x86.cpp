@@ -63,9 +63,6 @@ __asm__(".text\n"
 
 namespace {
 
-// Flags of an exception record.
-const DWORD noncontinuable = 0x1;
-const DWORD unwindingNow = 0x2 | 0x4;
 
 void* seh_head()
 {
@@ -83,11 +80,8 @@ void set_seh_head(void* head)
 // handler; leaves everything but a translated fault to the handlers behind it.
 EXCEPTION_DISPOSITION __cdecl landing_handler(EXCEPTION_RECORD* record, void* establisher, CONTEXT* context, void*)
 {
-    if (!record || (record->ExceptionFlags & (noncontinuable | unwindingNow)) || !fw_fault_handler_on)
-        return ExceptionContinueSearch;
-    EXCEPTION_POINTERS pointers = {record, context};
     fw_fault fault;
-    if (!fw_fault_of(&pointers, fault))
+    if (!fw_landing_takes(record, context, fault))
         return ExceptionContinueSearch;
     fw_landing* landing = static_cast<fw_landing*>(establisher);
     landing->fault = fault;

@@ -102,6 +102,18 @@ void prepareSymbols()
 
 }  // namespace
 
+bool StackFrames::readOwnMemory(uint64_t address, void* buffer, uint32_t size)
+{
+    const char* const from = reinterpret_cast<const char*>(uintptr_t(address));
+    MEMORY_BASIC_INFORMATION region;
+    if (!VirtualQuery(from, &region, sizeof region) || region.State != MEM_COMMIT ||
+        (region.Protect & (PAGE_NOACCESS | PAGE_GUARD)) || region.Protect == 0 ||
+        from + size > static_cast<const char*>(region.BaseAddress) + region.RegionSize)
+        return false;
+    std::memcpy(buffer, from, size);
+    return true;
+}
+
 String stackDump(const _CONTEXT* given)
 {
     // StackWalk changes the context it walks.

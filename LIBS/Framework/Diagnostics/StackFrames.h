@@ -20,6 +20,10 @@ void presentContext(CONTEXT& context);
 void walk(HANDLE process, CONTEXT& context, Array<uint64_t>& addresses, uint32_t limit);
 // Gives imagehlp one loaded module, where it can't find them by itself.
 void loadModule(HANDLE process, const char* path, const char* name, uint64_t base, uint32_t size);
+// Copies from this process's own memory, as the walk's reader: directly, since under
+// Wine the platform's reader is a round trip to its server for every read. A page
+// that isn't readable fails the read, as it would there.
+bool readOwnMemory(uint64_t address, void* buffer, uint32_t size);
 // "File.cpp:12" and "symbol+0x1F", or "" where imagehlp knows none.
 String placeOf(HANDLE process, uint64_t address);
 String symbolOf(HANDLE process, uint64_t address);

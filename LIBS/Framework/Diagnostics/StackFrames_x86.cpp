@@ -6,25 +6,16 @@
 
 #include <imagehlp.h>
 
-#include <cstring>
 
 namespace Framework { namespace StackFrames {
 
 namespace {
 
-// The walk reads only this process's own stack. The platform's own reader goes
-// through the process handle, which under Wine is a round trip to its server for
-// every read and made a dump cost a third of a second; a page that isn't readable
-// fails the read, as it would there.
-BOOL CALLBACK readOwnMemory(HANDLE, DWORD address, void* buffer, DWORD size, DWORD* copied)
+// The walk's reader (StackFrames.h says why directly).
+BOOL CALLBACK readMemory(HANDLE, DWORD address, void* buffer, DWORD size, DWORD* copied)
 {
-    const char* const from = reinterpret_cast<const char*>(uintptr_t(address));
-    MEMORY_BASIC_INFORMATION region;
-    if (!VirtualQuery(from, &region, sizeof region) || region.State != MEM_COMMIT ||
-        (region.Protect & (PAGE_NOACCESS | PAGE_GUARD)) || region.Protect == 0 ||
-        from + size > static_cast<const char*>(region.BaseAddress) + region.RegionSize)
+    if (!readOwnMemory(address, buffer, size))
         return FALSE;
-    std::memcpy(buffer, from, size);
     if (copied)
         *copied = size;
     return TRUE;
@@ -53,7 +44,7 @@ void walk(HANDLE process, CONTEXT& context, Array<uint64_t>& addresses, uint32_t
     frame.AddrStack.Offset = context.Esp;
     frame.AddrPC.Mode = frame.AddrFrame.Mode = frame.AddrStack.Mode = AddrModeFlat;
     addresses.add(context.Eip);
-    while (StackWalk(IMAGE_FILE_MACHINE_I386, process, thread, &frame, &context, readOwnMemory,
+    while (StackWalk(IMAGE_FILE_MACHINE_I386, process, thread, &frame, &context, readMemory,
                      SymFunctionTableAccess, SymGetModuleBase, nullptr)) {
         const uint64_t returnAddress = frame.AddrReturn.Offset;
         if (addresses.size() > limit || returnAddress == addresses.at(addresses.size() - 1))
