@@ -15,7 +15,7 @@ endfunction()
 function(korvalin_add_wine_fixture)
     add_test(NAME wine_prefix_start.${KORVALIN_ARCH}
              COMMAND ${CMAKE_SOURCE_DIR}/tools/wine-prefix start ${KORVALIN_WINEPREFIX})
-    set_tests_properties(wine_prefix_start.${KORVALIN_ARCH} PROPERTIES FIXTURES_SETUP wine_prefix TIMEOUT 900
+    set_tests_properties(wine_prefix_start.${KORVALIN_ARCH} PROPERTIES FIXTURES_SETUP wine_prefix TIMEOUT 1800
                          LABELS ${KORVALIN_ARCH})
     add_test(NAME wine_prefix_stop.${KORVALIN_ARCH}
              COMMAND ${CMAKE_SOURCE_DIR}/tools/wine-prefix stop ${KORVALIN_WINEPREFIX})
