@@ -13,6 +13,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/timeb.h>
+
+#include <cstdlib>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -301,4 +304,26 @@ TEST_F(LoggerTest, ManyThreadsThroughOneFileWriterLoseNoLineAndBreakNone)
     EXPECT_EQ(size_t(threadCount * recordsPerThread), lines);
     for (int t = 0; t < threadCount; ++t)
         EXPECT_EQ(recordsPerThread, next[t]) << "thread " << t;
+}
+
+// Log times are local: the zone's offset and, in a zone with daylight rules, its
+// daylight bias all year, as the runtime reads the zone from TZ.
+TEST(LoggerTimeTest, TheLocalClockIsUtcPlusTheZoneAndItsDaylightBiasAllYear)
+{
+    struct Row
+    {
+        const char* zone;
+        int64_t hoursAhead;
+    } rows[] = {{"UTC0", 0}, {"EST5", -5}, {"PST8PDT", -7}, {"CET-1CEST", 2}};
+    for (const Row& row : rows) {
+        _putenv((std::string("TZ=") + row.zone).c_str());
+        struct __timeb64 utc;
+        _ftime64(&utc);
+        const int64_t expected = (int64_t(utc.time) + row.hoursAhead * 3600) * 1000 + utc.millitm;
+        const int64_t local = int64_t(Logger::currentTime());
+        EXPECT_LE(expected, local) << row.zone;
+        EXPECT_GT(expected + 1000, local) << row.zone;
+    }
+    _putenv("TZ=");
+    _tzset();
 }
