@@ -7,6 +7,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 using Properties = std::map<std::wstring, std::wstring>;
 
@@ -25,4 +26,29 @@ public:
 private:
     std::wstring path;
     MSIHANDLE session = 0;
+};
+
+// The info records (INSTALLMESSAGE_INFO) that actions hand to any session of this
+// process while it lives, as text: what msiexec's verbose log would show. It is the
+// engine's external record handler (MsiSetExternalUIRecord), process-wide: one at a
+// time, and none is left when it goes. `answer` is what the handler gives back
+// for each record; with closeRecord it first closes the record's handle, as a session
+// that rejects the record would leave it.
+class InfoRecords
+{
+public:
+    explicit InfoRecords(int answer = IDOK, bool closeRecord = false);
+    ~InfoRecords();
+    InfoRecords(const InfoRecords&) = delete;
+    InfoRecords& operator=(const InfoRecords&) = delete;
+
+    // The lines headed "WixKorvalin <action>: ", without the heading, in order.
+    std::vector<std::wstring> linesOf(const std::wstring& action) const;
+
+private:
+    static int __stdcall handle(void* context, UINT type, MSIHANDLE record);
+
+    int answer;
+    bool closeRecord;
+    std::vector<std::wstring> lines;
 };
