@@ -43,7 +43,7 @@ TEST_F(ActionSessionTest, SetPropertiesHandsTheTimeInMillisecondsToTheSession)
 {
     InstallerSession session;
     EXPECT_EQ(L"", session.property(L"CURRENTTIMEMS"));
-    InfoRecords records;
+    InfoRecords records(session);
     const uint64_t before = nowInMilliseconds();
     EXPECT_EQ(0u, dll.call("SetProperties", session.handle()));
     const uint64_t after = nowInMilliseconds();

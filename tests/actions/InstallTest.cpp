@@ -329,7 +329,8 @@ TEST_F(InstallTest, SubscribeMailsOrShowsThePackagesBoxAndTheInstallationGoesOn)
         EXPECT_EQ("Sent by the installer.", sends[0]["note"]);
         std::wstring value;
         EXPECT_TRUE(readRegistryString(HKEY_CURRENT_USER, reachedKey, L"Reached", value)) << row.answer;
-        EXPECT_TRUE(logged(package, "Subscribe", row.decision)) << row.answer << ":\n" << allLines(package, "Subscribe");
+        EXPECT_TRUE(logged(package, "Subscribe", row.decision))
+            << row.answer << ":\n" << allLines(package, "Subscribe");
     }
     uninstallQuietly(package);
 }

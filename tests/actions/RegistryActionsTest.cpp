@@ -241,7 +241,17 @@ TEST_F(RegistryActionsTest, SetEncaseKorvalinFlagResetsOneAndTwoOnly)
 // written, or why nothing was.
 TEST_F(RegistryActionsTest, EachDecisionIsALineInTheInstallationsLog)
 {
-    enum Registry { nothing, codeInMachineList, codeInUserList, uninstallEntry, encaseFlag, encaseText, encaseOtherValue };
+    enum Registry
+    {
+        nothing,
+        codeInMachineList,
+        codeInUserList,
+        uninstallEntry,
+        encaseFlag,
+        encaseThree,
+        encaseText,
+        encaseOtherValue
+    };
     struct Row
     {
         const wchar_t* action;
@@ -270,11 +280,15 @@ TEST_F(RegistryActionsTest, EachDecisionIsALineInTheInstallationsLog)
           L"no earlier product of this upgrade code is registered: no property set"}},
         {L"SetApplicationSize", {{L"ApplicationSize", L"12345"}, {L"ProductCode", productCode}}, uninstallEntry,
          {readSize(L"12345"), L"wrote \"EstimatedSize\" = 12345 (REG_DWORD) into " + entry}},
-        {L"SetApplicationSize", {{L"ApplicationSize", L"12ab"}, {L"ProductCode", productCode}}, uninstallEntry,
-         {readSize(L"12ab"), L"\"ApplicationSize\" is not a decimal number within 32 bits: nothing written"}},
+        // A value the engine would read as its own syntax in a template arrives as it is.
+        {L"SetApplicationSize", {{L"ApplicationSize", L"[ProductCode]"}, {L"ProductCode", productCode}},
+         uninstallEntry,
+         {readSize(L"[ProductCode]"), L"\"ApplicationSize\" is not a decimal number within 32 bits: nothing written"}},
         {L"SetApplicationSize", {{L"ApplicationSize", L"10"}, {L"ProductCode", productCode}}, nothing,
          {readSize(L"10"), L"no uninstall entry " + entry + L": nothing written"}},
         {L"SetEncaseKorvalinFlag", {}, encaseFlag, {L"read \"CheckKorvalin\" = 2", L"set \"CheckKorvalin\" to 0"}},
+        {L"SetEncaseKorvalinFlag", {}, encaseThree,
+         {L"read \"CheckKorvalin\" = 3", L"\"CheckKorvalin\" is neither 1 nor 2: nothing changed"}},
         {L"SetEncaseKorvalinFlag", {}, encaseText, {L"\"CheckKorvalin\" does not read as a number: nothing changed"}},
         {L"SetEncaseKorvalinFlag", {}, encaseOtherValue,
          {L"no value \"CheckKorvalin\" under " + encase + L": nothing changed"}},
@@ -293,13 +307,15 @@ TEST_F(RegistryActionsTest, EachDecisionIsALineInTheInstallationsLog)
             keys.emplace_back(new ScratchKey(HKEY_LOCAL_MACHINE, encasePath, KEY_WOW64_32KEY));
         if (row.registry == encaseFlag)
             keys.back()->setDword(L"CheckKorvalin", 2);
+        if (row.registry == encaseThree)
+            keys.back()->setDword(L"CheckKorvalin", 3);
         if (row.registry == encaseText)
             keys.back()->setText(L"CheckKorvalin", L"1");
         if (row.registry == encaseOtherValue)
             keys.back()->setDword(L"Other", 1);
         const std::vector<std::wstring>& expected = row.lines;
         InstallerSession session(row.properties);
-        InfoRecords records;
+        InfoRecords records(session);
         const std::string name = std::to_string(i) + " " + narrowForTest(row.action);
         EXPECT_EQ(0u, dll.call(narrowForTest(row.action).c_str(), session.handle())) << name;
         const std::vector<std::wstring> lines = records.linesOf(row.action);
@@ -321,7 +337,7 @@ TEST_F(RegistryActionsTest, AnActionWhoseSessionRejectsItsRecordsStillDoesItsWor
     ScratchKey machine(HKEY_LOCAL_MACHINE, machineList + packed(upgradeCode), KEY_WOW64_64KEY);
     for (const Row& row : rows) {
         InstallerSession session(Properties{{L"UpgradeCode", upgradeCode}});
-        InfoRecords records(row.answer, row.closeRecord);
+        InfoRecords records(session, row.answer, row.closeRecord);
         EXPECT_EQ(0u, dll.call("SetDomain", session.handle()));
         EXPECT_EQ(6u, records.linesOf(L"SetDomain").size()) << row.answer << " " << row.closeRecord;
         EXPECT_EQ(L"1", session.property(L"ALLUSERS")) << row.answer << " " << row.closeRecord;

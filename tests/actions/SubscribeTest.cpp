@@ -35,7 +35,7 @@ protected:
     SeenBox subscribe(InstallerSession& session, const std::wstring& boxTitle = L"Subscription")
     {
         MessageBoxWatcher watcher(boxTitle);
-        InfoRecords records;
+        InfoRecords records(session);
         EXPECT_EQ(0u, dll.call("Subscribe", session.handle()));
         lines = records.linesOf(L"Subscribe");
         return watcher.stop();

@@ -98,7 +98,8 @@ void InstallerSession::setProperty(const std::wstring& name, const std::wstring&
     check(MsiSetPropertyW(session, name.c_str(), value.c_str()), "MsiSetProperty");
 }
 
-InfoRecords::InfoRecords(int answer, bool closeRecord) : answer(answer), closeRecord(closeRecord)
+InfoRecords::InfoRecords(const InstallerSession& session, int answer, bool closeRecord)
+    : session(session.handle()), answer(answer), closeRecord(closeRecord)
 {
     MsiSetExternalUIRecord(handle, INSTALLLOGMODE_INFO, this, nullptr);
 }
@@ -115,10 +116,10 @@ int __stdcall InfoRecords::handle(void* context, UINT type, MSIHANDLE record)
         return 0;
     DWORD length = 0;
     wchar_t empty[1] = {0};
-    MsiFormatRecordW(0, record, empty, &length);
+    MsiFormatRecordW(self.session, record, empty, &length);
     std::vector<wchar_t> text(length + 1);
     length += 1;
-    MsiFormatRecordW(0, record, text.data(), &length);
+    MsiFormatRecordW(self.session, record, text.data(), &length);
     self.lines.emplace_back(text.data(), length);
     if (self.closeRecord)
         MsiCloseHandle(record);

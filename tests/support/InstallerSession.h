@@ -29,15 +29,16 @@ private:
 };
 
 // The info records (INSTALLMESSAGE_INFO) that actions hand to any session of this
-// process while it lives, as text: what msiexec's verbose log would show. It is the
-// engine's external record handler (MsiSetExternalUIRecord), process-wide: one at a
-// time, and none is left when it goes. `answer` is what the handler gives back
-// for each record; with closeRecord it first closes the record's handle, as a session
-// that rejects the record would leave it.
+// process while it lives, as text: each record formatted against `session` (its
+// properties resolved, as msiexec's verbose log has them). It is the engine's
+// external record handler (MsiSetExternalUIRecord), process-wide: one at a time, and
+// none is left when it goes. `answer` is what the handler gives back for each record;
+// with closeRecord it first closes the record's handle, as a session that rejects the
+// record would leave it.
 class InfoRecords
 {
 public:
-    explicit InfoRecords(int answer = IDOK, bool closeRecord = false);
+    explicit InfoRecords(const InstallerSession& session, int answer = IDOK, bool closeRecord = false);
     ~InfoRecords();
     InfoRecords(const InfoRecords&) = delete;
     InfoRecords& operator=(const InfoRecords&) = delete;
@@ -48,6 +49,7 @@ public:
 private:
     static int __stdcall handle(void* context, UINT type, MSIHANDLE record);
 
+    MSIHANDLE session;
     int answer;
     bool closeRecord;
     std::vector<std::wstring> lines;
