@@ -1,7 +1,7 @@
 // The log of one installer session: each line goes to the engine as an info message
-// (MsiProcessMessage with INSTALLMESSAGE_INFO, the text in field 1 of a record whose
-// template is "[1]"), which msiexec's verbose log (/l*v) shows between the action's
-// start and end lines. Every line is headed "WixKorvalin <action>: ", so that one
+// (MsiProcessMessage with INSTALLMESSAGE_INFO, the text as the record's template, its
+// "[", "]", "{" and "}" escaped so that they come out as they are), which msiexec's
+// verbose log (/l*v) shows between the action's start and end lines. Every line is headed "WixKorvalin <action>: ", so that one
 // grep finds an action's lines.
 //
 // A line is told, never asked: the engine's answer, and every failure on the way

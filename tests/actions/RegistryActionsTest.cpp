@@ -241,17 +241,7 @@ TEST_F(RegistryActionsTest, SetEncaseKorvalinFlagResetsOneAndTwoOnly)
 // written, or why nothing was.
 TEST_F(RegistryActionsTest, EachDecisionIsALineInTheInstallationsLog)
 {
-    enum Registry
-    {
-        nothing,
-        codeInMachineList,
-        codeInUserList,
-        uninstallEntry,
-        encaseFlag,
-        encaseThree,
-        encaseText,
-        encaseOtherValue
-    };
+    enum Registry { nothing, machineHit, userHit, uninstallEntry, flagTwo, flagThree, flagText, otherValue };
     struct Row
     {
         const wchar_t* action;
@@ -270,10 +260,10 @@ TEST_F(RegistryActionsTest, EachDecisionIsALineInTheInstallationsLog)
     };
     const std::wstring encase = L"HKEY_LOCAL_MACHINE\\" + encasePath;
     const Row rows[] = {
-        {L"SetDomain", {{L"UpgradeCode", upgradeCode}}, codeInMachineList,
+        {L"SetDomain", {{L"UpgradeCode", upgradeCode}}, machineHit,
          {readCode, lookFor, L"found " + machine, L"not found " + user, L"set \"ALLUSERS\" = \"1\"",
           L"set \"AllUsersDisabled\" = \"yes\""}},
-        {L"SetDomain", {{L"UpgradeCode", upgradeCode}}, codeInUserList,
+        {L"SetDomain", {{L"UpgradeCode", upgradeCode}}, userHit,
          {readCode, lookFor, L"not found " + machine, L"found " + user, L"set \"AllUsersDisabled\" = \"yes\""}},
         {L"SetDomain", {{L"UpgradeCode", upgradeCode}}, nothing,
          {readCode, lookFor, L"not found " + machine, L"not found " + user,
@@ -286,32 +276,32 @@ TEST_F(RegistryActionsTest, EachDecisionIsALineInTheInstallationsLog)
          {readSize(L"[ProductCode]"), L"\"ApplicationSize\" is not a decimal number within 32 bits: nothing written"}},
         {L"SetApplicationSize", {{L"ApplicationSize", L"10"}, {L"ProductCode", productCode}}, nothing,
          {readSize(L"10"), L"no uninstall entry " + entry + L": nothing written"}},
-        {L"SetEncaseKorvalinFlag", {}, encaseFlag, {L"read \"CheckKorvalin\" = 2", L"set \"CheckKorvalin\" to 0"}},
-        {L"SetEncaseKorvalinFlag", {}, encaseThree,
+        {L"SetEncaseKorvalinFlag", {}, flagTwo, {L"read \"CheckKorvalin\" = 2", L"set \"CheckKorvalin\" to 0"}},
+        {L"SetEncaseKorvalinFlag", {}, flagThree,
          {L"read \"CheckKorvalin\" = 3", L"\"CheckKorvalin\" is neither 1 nor 2: nothing changed"}},
-        {L"SetEncaseKorvalinFlag", {}, encaseText, {L"\"CheckKorvalin\" does not read as a number: nothing changed"}},
-        {L"SetEncaseKorvalinFlag", {}, encaseOtherValue,
+        {L"SetEncaseKorvalinFlag", {}, flagText, {L"\"CheckKorvalin\" does not read as a number: nothing changed"}},
+        {L"SetEncaseKorvalinFlag", {}, otherValue,
          {L"no value \"CheckKorvalin\" under " + encase + L": nothing changed"}},
         {L"SetEncaseKorvalinFlag", {}, nothing, {L"no key " + encase + L": nothing changed"}},
     };
     for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
         const Row& row = rows[i];
         std::vector<std::unique_ptr<ScratchKey>> keys;
-        if (row.registry == codeInMachineList)
+        if (row.registry == machineHit)
             keys.emplace_back(new ScratchKey(HKEY_LOCAL_MACHINE, machineList + code, KEY_WOW64_64KEY));
-        if (row.registry == codeInUserList)
+        if (row.registry == userHit)
             keys.emplace_back(new ScratchKey(HKEY_CURRENT_USER, userList + code));
         if (row.registry == uninstallEntry)
             keys.emplace_back(new ScratchKey(HKEY_LOCAL_MACHINE, uninstallPath + productCode, processor::ownView));
-        if (row.registry >= encaseFlag)
+        if (row.registry >= flagTwo)
             keys.emplace_back(new ScratchKey(HKEY_LOCAL_MACHINE, encasePath, KEY_WOW64_32KEY));
-        if (row.registry == encaseFlag)
+        if (row.registry == flagTwo)
             keys.back()->setDword(L"CheckKorvalin", 2);
-        if (row.registry == encaseThree)
+        if (row.registry == flagThree)
             keys.back()->setDword(L"CheckKorvalin", 3);
-        if (row.registry == encaseText)
+        if (row.registry == flagText)
             keys.back()->setText(L"CheckKorvalin", L"1");
-        if (row.registry == encaseOtherValue)
+        if (row.registry == otherValue)
             keys.back()->setDword(L"Other", 1);
         const std::vector<std::wstring>& expected = row.lines;
         InstallerSession session(row.properties);

@@ -5,8 +5,9 @@
 // there. A thread with nothing bound has no installation's log.
 //
 // writeLine must not throw and must not wait on the installation's answer: a line is
-// told, never asked. Binding takes no lock and allocates nothing; a binding is undone
-// on the thread that made it, in the reverse order of making.
+// told, never asked. Binding takes no lock, and the bound object is not owned: it
+// must outlive its binding, which is undone on the thread that made it, in the
+// reverse order of making.
 #pragma once
 #include "Framework/String.h"
 
