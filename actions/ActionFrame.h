@@ -8,10 +8,10 @@
 #include "actions/CustomAction.h"
 
 template <void (CustomAction::*action)()>
-UINT runAction(MSIHANDLE hInstall) noexcept
+UINT runAction(MSIHANDLE hInstall, const char* actionName) noexcept
 {
     {
-        CustomAction call(hInstall);
+        CustomAction call(hInstall, actionName);
         (call.*action)();
     }
     return ERROR_SUCCESS;

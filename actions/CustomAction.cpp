@@ -1,10 +1,36 @@
 #include "actions/CustomAction.h"
 
+#include "Framework/Exception.h"
+#include "fw/fw_raise.h"
+
 #include <msiquery.h>
+
+#include <cstdarg>
+#include <memory>
 
 using Framework::String;
 
-CustomAction::CustomAction(MSIHANDLE hInstall) : hInstall(hInstall) {}
+CustomAction::CustomAction(MSIHANDLE hInstall, const char* actionName)
+    : hInstall(hInstall), sessionLog(hInstall, actionName), installerLogBinding(sessionLog)
+{
+}
+
+void CustomAction::logLine(const wchar_t* format, ...) const noexcept
+{
+    va_list args;
+    va_start(args, format);
+    // Swallowed as the session's log swallows: a line must not change the action.
+    try {
+        sessionLog.writeLine(String::vformat(format, args));
+    } catch (Framework::Exception* raw) {
+        std::unique_ptr<Framework::Exception> failure(raw);
+    } catch (fw_exception* raw) {
+        std::unique_ptr<fw_exception> failure(raw);
+        fw_clear_current();
+    } catch (...) {
+    }
+    va_end(args);
+}
 
 String CustomAction::getProperty(const String& name) const
 {

@@ -4,8 +4,13 @@
 //
 // It does not own the handle and never closes it, and it keeps no state: everything
 // an action reads, it reads anew from the session or the registry in that call.
+//
+// While it lives, the session's log is the installation's log of its thread
+// (Framework/Log/InstallerLog.h): the action's own lines go there, and so does the
+// line of a fatal handler that runs on that thread while the action is running.
 #pragma once
 #include "Framework/String.h"
+#include "actions/SessionLog.h"
 #include "fw/fw_library.h"
 
 #include <windows.h>
@@ -14,7 +19,8 @@
 class CustomAction : public fw_library
 {
 public:
-    explicit CustomAction(MSIHANDLE hInstall);
+    // The action's name heads its lines in the installation's log.
+    explicit CustomAction(MSIHANDLE hInstall, const char* actionName = "CustomAction");
     ~CustomAction() override = default;
 
     // The property's value; a property that is not set, or a call that fails,
@@ -33,6 +39,12 @@ public:
     // five groups whose last two have 4 and 12 digits, throws ErrorException.
     static Framework::String packGuid(const Framework::String& text);
 
+    // One line into the installation's log, "WixKorvalin <action>: " and the printf
+    // text of the format (Framework/FormatEngine.h: "%S" takes a wide text). It costs
+    // the action nothing it can fail on: a format or a session that fails loses the
+    // line, nothing else, and the engine's answer is not read.
+    void logLine(const wchar_t* format, ...) const noexcept;
+
     // The actions. Each decides for itself what it catches; see its file.
     void setProperties();
     void setDomain();
@@ -42,4 +54,7 @@ public:
 
 private:
     MSIHANDLE hInstall;
+    // mutable: writing a line changes nothing the action can see.
+    mutable SessionLog sessionLog;
+    Framework::Log::InstallerLog::Binding installerLogBinding;
 };

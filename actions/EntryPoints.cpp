@@ -11,27 +11,27 @@ extern "C" {
 
 UINT __stdcall Subscribe(MSIHANDLE hInstall) noexcept
 {
-    return runAction<&CustomAction::subscribe>(hInstall);
+    return runAction<&CustomAction::subscribe>(hInstall, "Subscribe");
 }
 
 UINT __stdcall SetDomain(MSIHANDLE hInstall) noexcept
 {
-    return runAction<&CustomAction::setDomain>(hInstall);
+    return runAction<&CustomAction::setDomain>(hInstall, "SetDomain");
 }
 
 UINT __stdcall SetApplicationSize(MSIHANDLE hInstall) noexcept
 {
-    return runAction<&CustomAction::setApplicationSize>(hInstall);
+    return runAction<&CustomAction::setApplicationSize>(hInstall, "SetApplicationSize");
 }
 
 UINT __stdcall SetProperties(MSIHANDLE hInstall) noexcept
 {
-    return runAction<&CustomAction::setProperties>(hInstall);
+    return runAction<&CustomAction::setProperties>(hInstall, "SetProperties");
 }
 
 UINT __stdcall SetEncaseKorvalinFlag(MSIHANDLE hInstall) noexcept
 {
-    return runAction<&CustomAction::setEncaseKorvalinFlag>(hInstall);
+    return runAction<&CustomAction::setEncaseKorvalinFlag>(hInstall, "SetEncaseKorvalinFlag");
 }
 
 }  // extern "C"

@@ -9,6 +9,9 @@
 // A size that is no decimal number, or too large for 32 bits, ends the action before
 // the registry is touched. An entry that doesn't exist (yet) is never created: the
 // action then writes nothing. A failure to open or write the entry leaves the action.
+//
+// In the installation's log: the two properties read, then what was written where, or
+// why nothing was.
 #include "actions/CustomAction.h"
 
 #include "Framework/Exceptions.h"
@@ -21,6 +24,8 @@ void CustomAction::setApplicationSize()
 {
     const String sizeText = getProperty("ApplicationSize");
     const String productCode = getProperty("ProductCode");
+    logLine(L"read \"ApplicationSize\" = \"%S\", \"ProductCode\" = \"%S\"", sizeText.c_str(),
+            productCode.c_str());
     const String entryPath =
         String::format(L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\%S", productCode.c_str());
     uint32_t size;
@@ -28,16 +33,20 @@ void CustomAction::setApplicationSize()
         size = sizeText.toUint(10);
     } catch (Framework::Exception* raw) {
         delete raw;  // not a size: nothing to write
+        logLine(L"\"ApplicationSize\" is not a decimal number within 32 bits: nothing written");
         return;
     }
 
     RegistryOutputValues root;
     root.attach(HKEY_LOCAL_MACHINE, "HKEY_LOCAL_MACHINE");
-    if (!root.hasGroup(entryPath))
+    if (!root.hasGroup(entryPath)) {
+        logLine(L"no uninstall entry HKEY_LOCAL_MACHINE\\%S: nothing written", entryPath.c_str());
         return;
+    }
     RegistryOutputValues entry;
     entry.open(root, entryPath, Framework::Win32::writeAccess);
     entry.setUint("EstimatedSize", size);
     entry.close();
     root.close();
+    logLine(L"wrote \"EstimatedSize\" = %u (REG_DWORD) into HKEY_LOCAL_MACHINE\\%S", size, entryPath.c_str());
 }

@@ -11,6 +11,9 @@
 // Both hives are always searched, in this order, in the 64-bit view of the registry.
 // Nothing is caught: a malformed "UpgradeCode" (an empty one too) or a registry
 // failure leaves the action, before any property has been set.
+//
+// In the installation's log: the code read and its packed form, one line per list
+// (found or not), then each property set, or that none was.
 #include "actions/CustomAction.h"
 
 #include "Framework/Array.h"
@@ -21,6 +24,9 @@ using Framework::String;
 using Framework::Win32::RegistryInputValues;
 
 namespace {
+
+const wchar_t machineList[] = L"Software\\Classes\\Installer\\UpgradeCodes";
+const wchar_t userList[] = L"Software\\Microsoft\\Installer\\UpgradeCodes";
 
 String reversed(const String& text, uint32_t from, uint32_t to)
 {
@@ -74,28 +80,33 @@ String CustomAction::packGuid(const String& text)
 
 void CustomAction::setDomain()
 {
-    const String packedCode = packGuid(getProperty("UpgradeCode"));
-    bool perMachine = false;
-    bool registered = false;
+    const String upgradeCode = getProperty("UpgradeCode");
+    logLine(L"read \"UpgradeCode\" = \"%S\"", upgradeCode.c_str());
+    const String packedCode = packGuid(upgradeCode);
+    logLine(L"looking for the packed code %S", packedCode.c_str());
 
     RegistryInputValues machine;
     machine.use64BitView();
     machine.attach(HKEY_LOCAL_MACHINE, "HKEY_LOCAL_MACHINE");
-    if (listHolds(machine, "Software\\Classes\\Installer\\UpgradeCodes", packedCode)) {
-        perMachine = true;
-        registered = true;
-    }
+    const bool perMachine = listHolds(machine, machineList, packedCode);
+    logLine(L"%S under HKEY_LOCAL_MACHINE\\%S", perMachine ? L"found" : L"not found", machineList);
 
     RegistryInputValues user;
     user.use64BitView();
     user.attach(HKEY_CURRENT_USER, "HKEY_CURRENT_USER");
-    if (listHolds(user, "Software\\Microsoft\\Installer\\UpgradeCodes", packedCode))
-        registered = true;
+    const bool perUser = listHolds(user, userList, packedCode);
+    logLine(L"%S under HKEY_CURRENT_USER\\%S", perUser ? L"found" : L"not found", userList);
 
-    if (perMachine)
+    if (perMachine) {
         setProperty("ALLUSERS", "1");
-    if (registered)
+        logLine(L"set \"ALLUSERS\" = \"1\"");
+    }
+    if (perMachine || perUser) {
         setProperty("AllUsersDisabled", "yes");
+        logLine(L"set \"AllUsersDisabled\" = \"yes\"");
+    } else {
+        logLine(L"no earlier product of this upgrade code is registered: no property set");
+    }
     user.close();
     machine.close();
 }

@@ -10,6 +10,9 @@
 //
 // The flag is read through one pair of key objects and written through another, which
 // is opened only when the flag has to change.
+//
+// In the installation's log: the key or value that is missing, or the value read and
+// then whether it was reset, left, or could not be read as a number or written.
 #include "actions/CustomAction.h"
 
 #include "Framework/Exceptions.h"
@@ -27,17 +30,27 @@ void CustomAction::setEncaseKorvalinFlag()
     RegistryInputValues root;
     root.use32BitView();
     root.attach(HKEY_LOCAL_MACHINE, "HKEY_LOCAL_MACHINE");
-    if (!root.hasGroup(encasePath))
+    if (!root.hasGroup(encasePath)) {
+        logLine(L"no key HKEY_LOCAL_MACHINE\\%S: nothing changed", encasePath.c_str());
         return;
+    }
     RegistryInputValues encase;
     encase.use32BitView();
     encase.open(root, encasePath, readAccess);
-    if (!encase.hasValue(flagName))
+    if (!encase.hasValue(flagName)) {
+        logLine(L"no value \"%S\" under HKEY_LOCAL_MACHINE\\%S: nothing changed", flagName.c_str(),
+                encasePath.c_str());
         return;
+    }
+    bool flagRead = false;
     try {
         const uint32_t flag = encase.getUint(flagName);
-        if (flag != 1 && flag != 2)
+        flagRead = true;
+        logLine(L"read \"%S\" = %u", flagName.c_str(), flag);
+        if (flag != 1 && flag != 2) {
+            logLine(L"\"%S\" is neither 1 nor 2: nothing changed", flagName.c_str());
             return;
+        }
         RegistryOutputValues writeRoot;
         writeRoot.use32BitView();
         writeRoot.attach(HKEY_LOCAL_MACHINE, "HKEY_LOCAL_MACHINE");
@@ -47,8 +60,12 @@ void CustomAction::setEncaseKorvalinFlag()
         writeKey.setUint(flagName, 0);
         writeKey.close();
         writeRoot.close();
+        logLine(L"set \"%S\" to 0", flagName.c_str());
     } catch (Framework::Exception* raw) {
         delete raw;  // the flag keeps its value; the installation goes on
+        logLine(flagRead ? L"\"%S\" could not be written: nothing changed"
+                         : L"\"%S\" does not read as a number: nothing changed",
+                flagName.c_str());
     }
     encase.close();
     root.close();

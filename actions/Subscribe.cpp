@@ -11,6 +11,9 @@
 // A failure of either exception layer while the mail is on its way, a fault inside the
 // mail client among them, ends the action quietly: no box. Anything else that is
 // thrown leaves the action.
+//
+// In the installation's log: the address and subject read (never the body), the mail
+// library asked, and whether the client took the mail, or why no mail went.
 #include "actions/CustomAction.h"
 
 #include "Framework/String.h"
@@ -34,6 +37,7 @@ void CustomAction::subscribe()
     const String address = getProperty("ADDRESS");
     const String subject = getProperty("SUBJECT");
     const String message = getProperty("MESSAGE");
+    logLine(L"read \"ADDRESS\" = \"%S\", \"SUBJECT\" = \"%S\"", address.c_str(), subject.c_str());
 
     fw_exception_nesting = 0;
     fw_require_initialized();
@@ -43,13 +47,18 @@ void CustomAction::subscribe()
         const fw_string body = ansiText(message);
         const fw_string subjectText = ansiText(subject);
         const fw_string to = ansiText(address);
-        if (fw_send_mail(to, subjectText, body, displayName, attachmentPath, false))
+        logLine(L"asking the mail library \"%S\"", String(fw_mail_library_path().c_str()).c_str());
+        if (fw_send_mail(to, subjectText, body, displayName, attachmentPath, false)) {
+            logLine(L"the mail client took the mail");
             return;
+        }
         const String text = getProperty("DLL_SEND_MESSAGE_FAILED");
         const String title = getProperty("DLL_SEND_MESSAGE_FAILED_TITLE");
+        logLine(L"the mail client is missing or refused the mail: showing the box \"%S\"", title.c_str());
         MessageBoxW(nullptr, text.c_str(), title.c_str(), MB_OK | MB_ICONERROR);
     } catch (fw_exception* raw) {
         fw_clear_current();
         delete raw;  // no mail and no box; the installation goes on
+        logLine(L"the mail failed inside the mail client: no mail, no box");
     }
 }

@@ -12,21 +12,6 @@
 
 namespace {
 
-// The client's library: its "DllPath", or the system's MAPI32.DLL.
-fw_string mailLibraryPath()
-{
-    const fw_registry_path clients(fw_registry_root(fw_registry_root::local_machine),
-                                   fw_string("SOFTWARE\\Clients\\Mail"));
-    fw_string client;
-    fw_string library;
-    // A failed read leaves `library` empty.
-    if (clients.readString(fw_string(), fw_string(), client) && !client.empty())
-        clients.readString(client, fw_string("DllPath"), library);
-    if (library.empty())
-        library = fw_string("MAPI32.DLL");
-    return library;
-}
-
 // The full path of an existing file, or an empty text when it is not usable.
 fw_string attachmentFullPath(const fw_string& path)
 {
@@ -56,6 +41,20 @@ char* text(const fw_string& value)
 }
 
 }  // namespace
+
+fw_string fw_mail_library_path()
+{
+    const fw_registry_path clients(fw_registry_root(fw_registry_root::local_machine),
+                                   fw_string("SOFTWARE\\Clients\\Mail"));
+    fw_string client;
+    fw_string library;
+    // A failed read leaves `library` empty.
+    if (clients.readString(fw_string(), fw_string(), client) && !client.empty())
+        clients.readString(client, fw_string("DllPath"), library);
+    if (library.empty())
+        library = fw_string("MAPI32.DLL");
+    return library;
+}
 
 fw_string fw_mail_date_text()
 {
@@ -100,7 +99,7 @@ bool fw_send_mail(const fw_string& address, const fw_string& subject, const fw_s
         message.lpFiles = &file;
     }
 
-    const fw_string library = mailLibraryPath();
+    const fw_string library = fw_mail_library_path();
     const HMODULE module = fw_foreign_call([&library] { return LoadLibraryA(library.c_str()); });
     if (!module)
         return false;

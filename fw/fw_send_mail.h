@@ -23,6 +23,10 @@
 bool fw_send_mail(const fw_string& address, const fw_string& subject, const fw_string& body,
                   const fw_string& displayName, const fw_string& attachmentPath, bool showDialog);
 
+// The library fw_send_mail loads as it finds it now: the default client's "DllPath",
+// or "MAPI32.DLL".
+fw_string fw_mail_library_path();
+
 // "%{1}d/%{2}d/%{3}d %{4}d:%{5}d" of the local year, month, day, hour and minute; an
 // empty text when the present time is not to be had.
 fw_string fw_mail_date_text();

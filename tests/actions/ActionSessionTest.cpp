@@ -42,10 +42,13 @@ TEST_F(ActionSessionTest, SetPropertiesHandsTheTimeInMillisecondsToTheSession)
 {
     InstallerSession session;
     EXPECT_EQ(L"", session.property(L"CURRENTTIMEMS"));
+    InfoRecords records(session);
     const uint64_t before = nowInMilliseconds();
     EXPECT_EQ(0u, dll.call("SetProperties", session.handle()));
     const uint64_t after = nowInMilliseconds();
     const std::wstring value = session.property(L"CURRENTTIMEMS");
+    EXPECT_EQ(std::vector<std::wstring>{L"set \"CURRENTTIMEMS\" = \"" + value + L"\""},
+              records.linesOf(L"SetProperties"));
     ASSERT_EQ(13u, value.size()) << "13 digits from 2001 to 2286";
     for (wchar_t c : value)
         EXPECT_TRUE(std::iswdigit(c)) << "plain digits only";

@@ -34,6 +34,23 @@ std::string narrow(const std::wstring& text)
     return std::string(text.begin(), text.end());
 }
 
+// Whether the verbose log of the package's last install holds the action's line.
+bool logged(const std::wstring& package, const std::string& action, const std::string& line)
+{
+    for (const std::string& found : installLogLines(package, action))
+        if (found == "WixKorvalin " + action + ": " + line)
+            return true;
+    return false;
+}
+
+std::string allLines(const std::wstring& package, const std::string& action)
+{
+    std::string text;
+    for (const std::string& line : installLogLines(package, action))
+        text += line + "\n";
+    return text;
+}
+
 class InstallTest : public ::testing::Test
 {
 protected:
@@ -89,6 +106,10 @@ TEST_F(InstallTest, TheDemoPackageRecordsTheTimeAndResetsTheEncaseFlagOf32BitPro
     const uint64_t stamp = std::stoull(value);
     EXPECT_LE(before, stamp);
     EXPECT_GE(after, stamp);
+    EXPECT_TRUE(logged(package, "SetProperties", "set \"CURRENTTIMEMS\" = \"" + narrow(value) + "\""))
+        << allLines(package, "SetProperties");
+    EXPECT_TRUE(logged(package, "SetEncaseKorvalinFlag", "set \"CheckKorvalin\" to 0"))
+        << allLines(package, "SetEncaseKorvalinFlag");
 
     DWORD flag = 99;
     EXPECT_TRUE(readRegistryDword(HKEY_LOCAL_MACHINE, encaseKey, L"CheckKorvalin", flag, KEY_WOW64_32KEY));
@@ -148,11 +169,14 @@ TEST_F(InstallTest, SetDomainFindsTheEarlierProductWhereTheEngineRegisteredIt)
         bool inUserList;
         const wchar_t* allUsers;
         const wchar_t* allUsersDisabled;
+        const char* decision;  // its line in the installation's log
     };
     const Row rows[] = {
-        {L"domain-earlier-machine.msi", true, false, L"1", L"yes"},
-        {L"domain-earlier-user.msi", false, true, L"", L"yes"},
-        {nullptr, false, false, L"", L""},
+        {L"domain-earlier-machine.msi", true, false, L"1", L"yes",
+         "found under HKEY_LOCAL_MACHINE\\Software\\Classes\\Installer\\UpgradeCodes"},
+        {L"domain-earlier-user.msi", false, true, L"", L"yes",
+         "found under HKEY_CURRENT_USER\\Software\\Microsoft\\Installer\\UpgradeCodes"},
+        {nullptr, false, false, L"", L"", "no earlier product of this upgrade code is registered: no property set"},
     };
     const std::wstring probe = testPackage(L"domain-probe.msi");
     for (const Row& row : rows) {
@@ -173,6 +197,7 @@ TEST_F(InstallTest, SetDomainFindsTheEarlierProductWhereTheEngineRegisteredIt)
         ASSERT_TRUE(readRegistryString(HKEY_CURRENT_USER, domainKey, L"AllUsersDisabled", allUsersDisabled)) << name;
         EXPECT_EQ(row.allUsers, allUsers) << name;
         EXPECT_EQ(row.allUsersDisabled, allUsersDisabled) << name;
+        EXPECT_TRUE(logged(probe, "SetDomain", row.decision)) << name << ":\n" << allLines(probe, "SetDomain");
         EXPECT_TRUE(registryKeyExists(HKEY_CURRENT_USER, userProducts + domainProbeProduct)) << name;
         EXPECT_FALSE(registryKeyExists(HKEY_LOCAL_MACHINE, machineProducts + domainProbeProduct, KEY_WOW64_64KEY))
             << name;
@@ -188,15 +213,24 @@ TEST_F(InstallTest, SetDomainFindsTheEarlierProductWhereTheEngineRegisteredIt)
 // handler takes; WixKorvalin.wxi schedules it with Return="check", so the installation
 // rolls back before the probe writes or registers anything. The custom-action host
 // inherits msiexec's environment, so the log configuration that KORVALIN_LOG_CONFIG
-// names takes the terminate handler's line, and the host ends without a box.
+// names takes the terminate handler's line, and the host ends without a box. The same
+// line goes into the installation's log, after the code the action read.
 TEST_F(InstallTest, SetDomainWithAMalformedUpgradeCodeFailsTheInstallation)
 {
     const std::wstring probe = testPackage(L"domain-probe.msi");
     startDomainClean();
     ScratchLog log;
     EXPECT_EQ(DWORD(ERROR_INSTALL_FAILURE), installQuietly(probe, L"GIVENUPGRADECODE=1776FDB0-CE3E-461A-A04C"));
-    EXPECT_NE(std::string::npos, log.text().find(" ERROR Framework Crt::handleTerminate() - before abort(): \r\n"))
-        << log.text();
+    const std::string fileText = log.text();
+    const size_t end = fileText.find(" ERROR Framework Crt::handleTerminate() - before abort(): \r\n");
+    ASSERT_NE(std::string::npos, end) << fileText;
+    const size_t start = fileText.rfind("\r\n", end);
+    const size_t from = start == std::string::npos ? 0 : start + 2;
+    const std::string fileLine = fileText.substr(from, fileText.find("\r\n", end) - from);
+    const std::vector<std::string> lines = installLogLines(probe, "SetDomain");
+    ASSERT_EQ(2u, lines.size()) << allLines(probe, "SetDomain");
+    EXPECT_EQ("WixKorvalin SetDomain: read \"UpgradeCode\" = \"1776FDB0-CE3E-461A-A04C\"", lines[0]);
+    EXPECT_EQ("WixKorvalin SetDomain: " + fileLine, lines[1]) << "the file's line: " << fileLine;
     EXPECT_FALSE(registryKeyExists(HKEY_CURRENT_USER, domainKey));
     EXPECT_FALSE(registryKeyExists(HKEY_CURRENT_USER, userProducts + domainProbeProduct));
 }
@@ -214,10 +248,13 @@ TEST_F(InstallTest, SetApplicationSizeAfterInstallFinalizeWritesTheSizeIntoTheUn
     struct Row {
         const wchar_t* properties;
         DWORD estimatedSize;
+        const char* decision;  // the line that ends the action in the installation's log
     };
+    const std::string written = "wrote \"EstimatedSize\" = 12345 (REG_DWORD) into HKEY_LOCAL_MACHINE\\" +
+                                narrow(uninstallEntries + productCodeOf(testPackage(L"size-after-finalize.msi")));
     const Row rows[] = {
-        {L"", 12345},  // the Property table's
-        {L"GIVENSIZE=4294967296", 0},
+        {L"", 12345, written.c_str()},  // the Property table's
+        {L"GIVENSIZE=4294967296", 0, "\"ApplicationSize\" is not a decimal number within 32 bits: nothing written"},
     };
     const std::wstring package = testPackage(L"size-after-finalize.msi");
     const std::wstring entry = uninstallEntries + productCodeOf(package);
@@ -230,6 +267,9 @@ TEST_F(InstallTest, SetApplicationSizeAfterInstallFinalizeWritesTheSizeIntoTheUn
         EXPECT_TRUE(readRegistryDword(HKEY_LOCAL_MACHINE, entry, L"EstimatedSize", size, processor::ownView))
             << name << ": no REG_DWORD in the entry of the package's view";
         EXPECT_EQ(row.estimatedSize, size) << name;
+        const std::vector<std::string> lines = installLogLines(package, "SetApplicationSize");
+        ASSERT_FALSE(lines.empty()) << name;
+        EXPECT_EQ(std::string("WixKorvalin SetApplicationSize: ") + row.decision, lines.back()) << name;
 
         EXPECT_EQ(0u, uninstallQuietly(package)) << name;
         EXPECT_FALSE(registryKeyExists(HKEY_LOCAL_MACHINE, entry, processor::ownView)) << name;
@@ -265,8 +305,12 @@ TEST_F(InstallTest, SubscribeMailsOrShowsThePackagesBoxAndTheInstallationGoesOn)
     struct Row {
         const char* answer;
         bool box;
+        const char* decision;  // its line in the installation's log
     };
-    for (const Row row : {Row{"success", false}, Row{"refuse", true}}) {
+    for (const Row row :
+         {Row{"success", false, "the mail client took the mail"},
+          Row{"refuse", true,
+              "the mail client is missing or refused the mail: showing the box \"WixKorvalin Subscribe Probe\""}}) {
         startClean(package, reachedKey);
         client.clear();
         client.answer(row.answer);
@@ -285,6 +329,8 @@ TEST_F(InstallTest, SubscribeMailsOrShowsThePackagesBoxAndTheInstallationGoesOn)
         EXPECT_EQ("Sent by the installer.", sends[0]["note"]);
         std::wstring value;
         EXPECT_TRUE(readRegistryString(HKEY_CURRENT_USER, reachedKey, L"Reached", value)) << row.answer;
+        EXPECT_TRUE(logged(package, "Subscribe", row.decision))
+            << row.answer << ":\n" << allLines(package, "Subscribe");
     }
     uninstallQuietly(package);
 }

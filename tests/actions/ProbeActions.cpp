@@ -18,7 +18,7 @@ struct ProbeAction : CustomAction
 extern "C" UINT __stdcall ThrowUncaught(MSIHANDLE hInstall) noexcept
 {
     {
-        ProbeAction call(hInstall);
+        ProbeAction call(hInstall, "ThrowUncaught");
         call.setProperty("PROBE_STARTED", "1");
         call.throwUncaught();
     }

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <vector>
 
 using Framework::narrowForTest;
 using Framework::String;
@@ -233,4 +234,103 @@ TEST_F(RegistryActionsTest, SetEncaseKorvalinFlagResetsOneAndTwoOnly)
     // No key: none is made.
     EXPECT_EQ(0u, dll.call("SetEncaseKorvalinFlag", session.handle()));
     EXPECT_FALSE(keyExists(HKEY_LOCAL_MACHINE, encasePath, KEY_WOW64_32KEY));
+}
+
+// Each decision of the registry actions is one line in the installation's log, headed
+// with the library's and the action's name: what was read, what was found, what was
+// written, or why nothing was.
+TEST_F(RegistryActionsTest, EachDecisionIsALineInTheInstallationsLog)
+{
+    enum Registry { nothing, machineHit, userHit, uninstallEntry, flagTwo, flagThree, flagText, otherValue };
+    struct Row
+    {
+        const wchar_t* action;
+        Properties properties;
+        Registry registry;
+        std::vector<std::wstring> lines;
+    };
+    const std::wstring code = packed(upgradeCode);
+    const std::wstring readCode = L"read \"UpgradeCode\" = \"" + upgradeCode + L"\"";
+    const std::wstring lookFor = L"looking for the packed code " + code;
+    const std::wstring machine = L"under HKEY_LOCAL_MACHINE\\Software\\Classes\\Installer\\UpgradeCodes";
+    const std::wstring user = L"under HKEY_CURRENT_USER\\Software\\Microsoft\\Installer\\UpgradeCodes";
+    const std::wstring entry = L"HKEY_LOCAL_MACHINE\\" + uninstallPath + productCode;
+    const auto readSize = [](const std::wstring& size) {
+        return L"read \"ApplicationSize\" = \"" + size + L"\", \"ProductCode\" = \"" + productCode + L"\"";
+    };
+    const std::wstring encase = L"HKEY_LOCAL_MACHINE\\" + encasePath;
+    const Row rows[] = {
+        {L"SetDomain", {{L"UpgradeCode", upgradeCode}}, machineHit,
+         {readCode, lookFor, L"found " + machine, L"not found " + user, L"set \"ALLUSERS\" = \"1\"",
+          L"set \"AllUsersDisabled\" = \"yes\""}},
+        {L"SetDomain", {{L"UpgradeCode", upgradeCode}}, userHit,
+         {readCode, lookFor, L"not found " + machine, L"found " + user, L"set \"AllUsersDisabled\" = \"yes\""}},
+        {L"SetDomain", {{L"UpgradeCode", upgradeCode}}, nothing,
+         {readCode, lookFor, L"not found " + machine, L"not found " + user,
+          L"no earlier product of this upgrade code is registered: no property set"}},
+        {L"SetApplicationSize", {{L"ApplicationSize", L"12345"}, {L"ProductCode", productCode}}, uninstallEntry,
+         {readSize(L"12345"), L"wrote \"EstimatedSize\" = 12345 (REG_DWORD) into " + entry}},
+        // A value the engine would read as its own syntax in a template arrives as it is.
+        {L"SetApplicationSize", {{L"ApplicationSize", L"[ProductCode]"}, {L"ProductCode", productCode}},
+         uninstallEntry,
+         {readSize(L"[ProductCode]"), L"\"ApplicationSize\" is not a decimal number within 32 bits: nothing written"}},
+        {L"SetApplicationSize", {{L"ApplicationSize", L"10"}, {L"ProductCode", productCode}}, nothing,
+         {readSize(L"10"), L"no uninstall entry " + entry + L": nothing written"}},
+        {L"SetEncaseKorvalinFlag", {}, flagTwo, {L"read \"CheckKorvalin\" = 2", L"set \"CheckKorvalin\" to 0"}},
+        {L"SetEncaseKorvalinFlag", {}, flagThree,
+         {L"read \"CheckKorvalin\" = 3", L"\"CheckKorvalin\" is neither 1 nor 2: nothing changed"}},
+        {L"SetEncaseKorvalinFlag", {}, flagText, {L"\"CheckKorvalin\" does not read as a number: nothing changed"}},
+        {L"SetEncaseKorvalinFlag", {}, otherValue,
+         {L"no value \"CheckKorvalin\" under " + encase + L": nothing changed"}},
+        {L"SetEncaseKorvalinFlag", {}, nothing, {L"no key " + encase + L": nothing changed"}},
+    };
+    for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
+        const Row& row = rows[i];
+        std::vector<std::unique_ptr<ScratchKey>> keys;
+        if (row.registry == machineHit)
+            keys.emplace_back(new ScratchKey(HKEY_LOCAL_MACHINE, machineList + code, KEY_WOW64_64KEY));
+        if (row.registry == userHit)
+            keys.emplace_back(new ScratchKey(HKEY_CURRENT_USER, userList + code));
+        if (row.registry == uninstallEntry)
+            keys.emplace_back(new ScratchKey(HKEY_LOCAL_MACHINE, uninstallPath + productCode, processor::ownView));
+        if (row.registry >= flagTwo)
+            keys.emplace_back(new ScratchKey(HKEY_LOCAL_MACHINE, encasePath, KEY_WOW64_32KEY));
+        if (row.registry == flagTwo)
+            keys.back()->setDword(L"CheckKorvalin", 2);
+        if (row.registry == flagThree)
+            keys.back()->setDword(L"CheckKorvalin", 3);
+        if (row.registry == flagText)
+            keys.back()->setText(L"CheckKorvalin", L"1");
+        if (row.registry == otherValue)
+            keys.back()->setDword(L"Other", 1);
+        const std::vector<std::wstring>& expected = row.lines;
+        InstallerSession session(row.properties);
+        InfoRecords records(session);
+        const std::string name = std::to_string(i) + " " + narrowForTest(row.action);
+        EXPECT_EQ(0u, dll.call(narrowForTest(row.action).c_str(), session.handle())) << name;
+        const std::vector<std::wstring> lines = records.linesOf(row.action);
+        ASSERT_EQ(expected.size(), lines.size()) << "row " << name;
+        for (size_t l = 0; l < lines.size(); ++l)
+            EXPECT_EQ(expected[l], lines[l]) << "row " << name << ", line " << l;
+    }
+}
+
+// The engine's answer to a record is not read, and a record the session closed or
+// refused is no failure: the action does all its work.
+TEST_F(RegistryActionsTest, AnActionWhoseSessionRejectsItsRecordsStillDoesItsWork)
+{
+    struct Row
+    {
+        int answer;
+        bool closeRecord;
+    } rows[] = {{IDCANCEL, false}, {IDABORT, false}, {-1, false}, {IDOK, true}};
+    ScratchKey machine(HKEY_LOCAL_MACHINE, machineList + packed(upgradeCode), KEY_WOW64_64KEY);
+    for (const Row& row : rows) {
+        InstallerSession session(Properties{{L"UpgradeCode", upgradeCode}});
+        InfoRecords records(session, row.answer, row.closeRecord);
+        EXPECT_EQ(0u, dll.call("SetDomain", session.handle()));
+        EXPECT_EQ(6u, records.linesOf(L"SetDomain").size()) << row.answer << " " << row.closeRecord;
+        EXPECT_EQ(L"1", session.property(L"ALLUSERS")) << row.answer << " " << row.closeRecord;
+        EXPECT_EQ(L"yes", session.property(L"AllUsersDisabled")) << row.answer << " " << row.closeRecord;
+    }
 }

@@ -31,15 +31,27 @@ class SubscribeTest : public ::testing::Test
 {
 protected:
     // Runs the action with a watcher for the failure box going; the box seen, if any.
+    // Its lines in the installation's log are kept in `lines`.
     SeenBox subscribe(InstallerSession& session, const std::wstring& boxTitle = L"Subscription")
     {
         MessageBoxWatcher watcher(boxTitle);
+        InfoRecords records(session);
         EXPECT_EQ(0u, dll.call("Subscribe", session.handle()));
+        lines = records.linesOf(L"Subscribe");
         return watcher.stop();
+    }
+
+    // The lines up to the mail client's answer, with the subject as the session holds
+    // it (its database's code page); never the mail's body.
+    static std::vector<std::wstring> linesBefore(const InstallerSession& session)
+    {
+        return {L"read \"ADDRESS\" = \"news@example.com\", \"SUBJECT\" = \"" + session.property(L"SUBJECT") + L"\"",
+                L"asking the mail library \"" + MailClient::libraryPath() + L"\""};
     }
 
     ActionLibrary dll;
     MailClient client;
+    std::vector<std::wstring> lines;
 };
 
 }  // namespace
@@ -58,6 +70,9 @@ TEST_F(SubscribeTest, TheMailGoesOutWithoutABox)
     EXPECT_EQ("3", sends[0]["messageFlags"]);
     EXPECT_EQ("0", sends[0]["flags"]);
     EXPECT_EQ("0", sends[0]["files"]);
+    std::vector<std::wstring> expected = linesBefore(session);
+    expected.push_back(L"the mail client took the mail");
+    EXPECT_EQ(expected, lines);
 
     // An empty address still goes to the client, which decides.
     InstallerSession bare(Properties{{L"SUBJECT", L"s"}});
@@ -77,6 +92,9 @@ TEST_F(SubscribeTest, ARefusalShowsThePackagesBox)
     EXPECT_EQ(mail.at(L"DLL_SEND_MESSAGE_FAILED"), box.text);
     EXPECT_TRUE(box.okOnly);
     EXPECT_EQ(1u, client.sends().size());
+    std::vector<std::wstring> expected = linesBefore(session);
+    expected.push_back(L"the mail client is missing or refused the mail: showing the box \"Subscription\"");
+    EXPECT_EQ(expected, lines);
 
     // Without the two texts the box still comes, empty.
     InstallerSession bare(Properties{{L"ADDRESS", L"news@example.com"}});
@@ -97,6 +115,8 @@ TEST_F(SubscribeTest, ACrashInsideTheMailClientEndsTheActionQuietly)
     EXPECT_FALSE(subscribe(session).seen);
     EXPECT_EQ(1u, client.sends().size());
     EXPECT_EQ(2u, client.calls().size()) << "the client was left at the fault";
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(L"the mail failed inside the mail client: no mail, no box", lines.back());
 
     // The action after it runs as usual.
     client.clear();

@@ -4,6 +4,7 @@
 
 #include <msiquery.h>
 
+#include <fstream>
 #include <stdexcept>
 #include <vector>
 
@@ -91,6 +92,23 @@ DWORD installQuietly(const std::wstring& package, const std::wstring& properties
 DWORD uninstallQuietly(const std::wstring& package)
 {
     return runMsiexec(L"/x \"" + package + L"\" /qn /l*v \"" + package + L".uninstall.log\"");
+}
+
+std::vector<std::string> installLogLines(const std::wstring& package, const std::string& action)
+{
+    std::ifstream log((package + L".install.log").c_str(), std::ios::binary);
+    const std::string heading = "WixKorvalin " + action + ": ";
+    std::vector<std::string> lines;
+    std::string line;
+    while (std::getline(log, line)) {
+        const size_t at = line.find(heading);
+        if (at == std::string::npos)
+            continue;
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        lines.push_back(line.substr(at));
+    }
+    return lines;
 }
 
 std::wstring productCodeOf(const std::wstring& package)

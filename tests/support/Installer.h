@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <string>
+#include <vector>
 
 // A package built for the tests, by file name, from KORVALIN_PACKAGES.
 std::wstring testPackage(const wchar_t* fileName);
@@ -19,6 +20,9 @@ DWORD runMsiexec(const std::wstring& arguments);
 // the command line ("NAME=value ..."); the engine takes their names in upper case.
 DWORD installQuietly(const std::wstring& package, const std::wstring& properties = L"");
 DWORD uninstallQuietly(const std::wstring& package);
+// The lines of the verbose log of the package's last installQuietly that carry
+// "WixKorvalin <action>: ", from that heading on, in order.
+std::vector<std::string> installLogLines(const std::wstring& package, const std::string& action);
 // The package's ProductCode, from its Property table.
 std::wstring productCodeOf(const std::wstring& package);
 // Whether the engine knows the package's product in any state: what msiexec /x would

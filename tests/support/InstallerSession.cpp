@@ -95,3 +95,41 @@ void InstallerSession::setProperty(const std::wstring& name, const std::wstring&
 {
     check(MsiSetPropertyW(session, name.c_str(), value.c_str()), "MsiSetProperty");
 }
+
+InfoRecords::InfoRecords(const InstallerSession& session, int answer, bool closeRecord)
+    : session(session.handle()), answer(answer), closeRecord(closeRecord)
+{
+    MsiSetExternalUIRecord(handle, INSTALLLOGMODE_INFO, this, nullptr);
+}
+
+InfoRecords::~InfoRecords()
+{
+    MsiSetExternalUIRecord(nullptr, 0, nullptr, nullptr);
+}
+
+int __stdcall InfoRecords::handle(void* context, UINT type, MSIHANDLE record)
+{
+    InfoRecords& self = *static_cast<InfoRecords*>(context);
+    if ((type & 0xFF000000) != INSTALLMESSAGE_INFO)
+        return 0;
+    DWORD length = 0;
+    wchar_t empty[1] = {0};
+    MsiFormatRecordW(self.session, record, empty, &length);
+    std::vector<wchar_t> text(length + 1);
+    length += 1;
+    MsiFormatRecordW(self.session, record, text.data(), &length);
+    self.lines.emplace_back(text.data(), length);
+    if (self.closeRecord)
+        MsiCloseHandle(record);
+    return self.answer;
+}
+
+std::vector<std::wstring> InfoRecords::linesOf(const std::wstring& action) const
+{
+    const std::wstring heading = L"WixKorvalin " + action + L": ";
+    std::vector<std::wstring> found;
+    for (const std::wstring& line : lines)
+        if (line.compare(0, heading.size(), heading) == 0)
+            found.push_back(line.substr(heading.size()));
+    return found;
+}

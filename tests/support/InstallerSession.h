@@ -7,6 +7,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 using Properties = std::map<std::wstring, std::wstring>;
 
@@ -25,4 +26,31 @@ public:
 private:
     std::wstring path;
     MSIHANDLE session = 0;
+};
+
+// The info records (INSTALLMESSAGE_INFO) that actions hand to any session of this
+// process while it lives, as text: each record formatted against `session` (its
+// properties resolved, as msiexec's verbose log has them). It is the engine's
+// external record handler (MsiSetExternalUIRecord), process-wide: one at a time, and
+// none is left when it goes. `answer` is what the handler gives back for each record;
+// with closeRecord it first closes the record's handle, as a session that rejects the
+// record would leave it.
+class InfoRecords
+{
+public:
+    explicit InfoRecords(const InstallerSession& session, int answer = IDOK, bool closeRecord = false);
+    ~InfoRecords();
+    InfoRecords(const InfoRecords&) = delete;
+    InfoRecords& operator=(const InfoRecords&) = delete;
+
+    // The lines headed "WixKorvalin <action>: ", without the heading, in order.
+    std::vector<std::wstring> linesOf(const std::wstring& action) const;
+
+private:
+    static int __stdcall handle(void* context, UINT type, MSIHANDLE record);
+
+    MSIHANDLE session;
+    int answer;
+    bool closeRecord;
+    std::vector<std::wstring> lines;
 };

@@ -1,10 +1,15 @@
 // Records and formatters for tests of the log layer: a record with known fields, a
 // formatter that hands a record's message over untouched (so a test sees exactly
-// what a writer does with a text), and a configuration whose formatters are ready.
+// what a writer does with a text), a configuration whose formatters are ready, and an
+// installation's log that keeps its lines.
 #pragma once
 #include "Framework/Log/Configuration.h"
+#include "Framework/Log/InstallerLog.h"
 #include "Framework/Log/LineFormatter.h"
 #include "Framework/Log/Record.h"
+
+#include <string>
+#include <vector>
 
 // 2013-02-20 08:21:24 as the logger's clock gives it (already local).
 const uint64_t knownTime = 1361348484000ull;
@@ -41,3 +46,11 @@ inline Framework::Log::Configuration readyConfiguration(const wchar_t* line = nu
     }
     return configuration;
 }
+
+class KeptInstallerLog : public Framework::Log::InstallerLog
+{
+public:
+    void writeLine(const Framework::String& line) noexcept override { lines.emplace_back(line.c_str(), line.length()); }
+
+    std::vector<std::wstring> lines;
+};

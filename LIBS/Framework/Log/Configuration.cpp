@@ -1,5 +1,7 @@
 #include "Framework/Log/Configuration.h"
 
+#include "Framework/Log/InstallerLogWriter.h"
+#include "Framework/Log/MultiWriter.h"
 #include "Framework/Log/RotatedFileWriter.h"
 
 namespace Framework { namespace Log {
@@ -67,6 +69,20 @@ void Configuration::useDefaults(uint32_t mode)
     prepareFormatters();
     rotated->setFormatter(formatters->get(L"Line"));
     writer = rotated;
+}
+
+void Configuration::joinInstallerLog()
+{
+    if (writer.isNull() || writer->reachesInstallerLog())
+        return;
+    // In front: the installation's log never fails, so a configured writer that fails
+    // at its target can't keep the line from it.
+    SharedPointer<Writer> installerLog(new InstallerLogWriter);
+    installerLog->setFormatter(formatters->get(L"Line"));
+    SharedPointer<MultiWriter> both(new MultiWriter);
+    both->add(installerLog);
+    both->add(writer);
+    writer = both;
 }
 
 }}  // namespace Framework::Log

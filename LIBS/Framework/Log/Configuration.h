@@ -44,6 +44,11 @@ public:
     // for mode 1 and "log.txt" for mode 2, with the formatter "Line". Any other mode
     // throws ValueNotInitializedException.
     void useDefaults(uint32_t mode);
+    // Puts an InstallerLogWriter with the formatter "Line" in front of the writer, the
+    // two under one MultiWriter, so that every record also reaches the log of the
+    // installation the logging thread works for. Nothing changes when there is no
+    // writer or when the writer reaches that log already (the text named one).
+    void joinInstallerLog();
 
     Array<ContextLevel> contexts;
     SharedPointer<Writer> writer;

@@ -9,6 +9,7 @@
 #include "Framework/Io/Path.h"
 #include "Framework/Log/ConsoleWriter.h"
 #include "Framework/Log/FileWriter.h"
+#include "Framework/Log/InstallerLogWriter.h"
 #include "Framework/Log/ItemFormatters.h"
 #include "Framework/Log/LineFormatter.h"
 #include "Framework/Log/MultiWriter.h"
@@ -57,6 +58,7 @@ const NameMap<Factory<Writer>>& writerFactories()
         {L"AnsiFileWriter", make<Writer, AnsiFileWriter>},
         {L"ConsoleWriter", make<Writer, ConsoleWriter>},
         {L"FileWriter", make<Writer, FileWriter>},
+        {L"InstallerLogWriter", make<Writer, InstallerLogWriter>},
         {L"MultiWriter", make<Writer, MultiWriter>},
         {L"RotatedFileWriter", make<Writer, RotatedFileWriter>},
     };

@@ -140,6 +140,7 @@ void Logger::configure()
         configuration.useDefaults(mode);
         defaultsUsed = true;
     }
+    configuration.joinInstallerLog();
     configuring = false;
     configured = !configuration.writer.isNull();
     hold.release();

@@ -5,11 +5,13 @@
 // Everything is lazy. Logger::instance() makes the logger at the first call; the
 // first message, passing or not, configures it once: the loader's configuration is
 // adopted whole or not at all, and without a writer the default one is set up (a
-// RotatedFileWriter of "log.txt" with the "Line" formatter). The logger reports on
-// that step in records of its own context "Framework::Log::Logger", which wait in a
-// buffer with the time they were made and go out, those that pass that context's
-// threshold, just before the first message that passes its own; records it makes
-// after that are dropped.
+// RotatedFileWriter of "log.txt" with the "Line" formatter). Whatever the writer, an
+// InstallerLogWriter joins it (Configuration::joinInstallerLog): a record logged on a
+// thread that runs an installer's action also goes into that installation's log. The
+// logger reports on that step in records of its own context "Framework::Log::Logger",
+// which wait in a buffer with the time they were made and go out, those that pass
+// that context's threshold, just before the first message that passes its own;
+// records it makes after that are dropped.
 //
 // Locks: a static one for creating the logger, configLock around the configuration
 // step and each short read of the configuration, bufferLock around the buffer. No

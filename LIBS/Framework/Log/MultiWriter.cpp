@@ -39,4 +39,12 @@ void MultiWriter::close()
         writers.at(i)->close();
 }
 
+bool MultiWriter::reachesInstallerLog() const
+{
+    for (uint32_t i = 0; i < writers.size(); ++i)
+        if (writers.at(i)->reachesInstallerLog())
+            return true;
+    return false;
+}
+
 }}  // namespace Framework::Log

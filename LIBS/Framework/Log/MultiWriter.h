@@ -23,6 +23,7 @@ public:
     // Its own footer, when it has a formatter, to each child's output; then each
     // child's close.
     void close() override;
+    bool reachesInstallerLog() const override;
 
 private:
     Array<SharedPointer<Writer>> writers;

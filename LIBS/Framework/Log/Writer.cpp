@@ -65,6 +65,11 @@ void Writer::close()
         writeText(formatter->footer());
 }
 
+bool Writer::reachesInstallerLog() const
+{
+    return false;
+}
+
 void Writer::writeText(const String& text)
 {
     if (text.empty())

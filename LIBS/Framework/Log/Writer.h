@@ -35,6 +35,9 @@ public:
     virtual void output(const String& text) = 0;
     // Writes the formatter's footer, if there is a formatter. The logger never calls it.
     virtual void close();
+    // Whether this writer, or one it hands records to, writes into the installation's
+    // log (InstallerLogWriter); false in this base.
+    virtual bool reachesInstallerLog() const;
 
     // Normalises the line ends and calls output() under `lock`; see above.
     void writeText(const String& text);

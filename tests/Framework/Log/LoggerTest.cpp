@@ -4,6 +4,8 @@
 // through one FileWriter.
 #include "Framework/Log/Context.h"
 #include "Framework/Log/FileWriter.h"
+#include "Framework/Log/InstallerLogWriter.h"
+#include "Framework/Log/MultiWriter.h"
 #include "Framework/Log/Logger.h"
 
 #include "support/ExpectThrown.h"
@@ -134,6 +136,45 @@ TEST_F(LoggerTest, MessagesAtOrAboveTheirThresholdAreWritten)
     logger().adopt(louder);
     quiet.debug(LOG_SITE, "now heard");
     EXPECT_EQ("now heard\r\n", scratch.readFile(L"louder.txt"));
+}
+
+// Whatever writer the configuration names, a record logged while an installation's
+// log is bound also goes there, in the "Line" format, and first: a configured writer
+// that fails can't keep it away. A configuration that names an InstallerLogWriter
+// itself gives it its own format, and the line arrives once.
+TEST_F(LoggerTest, TheInstallationsLogJoinsTheConfiguredWriter)
+{
+    KeptInstallerLog installation;
+    InstallerLog::Binding binding(installation);
+    context(L"Framework").error(LOG_SITE, "fatal %d", 1);
+    EXPECT_EQ("ERROR Framework fatal 1\r\n", logText());
+    ASSERT_EQ(1u, installation.lines.size());
+    // The "Line" format: "2013-02-20 08:21:24 <thread> ERROR Framework fatal 1".
+    const std::wstring line = installation.lines[0];
+    const std::wstring end = L" ERROR Framework fatal 1";
+    ASSERT_GT(line.size(), 20 + end.size()) << narrowForTest(line.c_str());
+    EXPECT_EQ(end, line.substr(line.size() - end.size()));
+    EXPECT_EQ(L'-', line[4]);
+    EXPECT_EQ(L':', line[13]);
+
+    Configuration failing = readyConfiguration();
+    failing.setWriter(SharedPointer<Writer>(new FileWriter));  // no formatter: fails at every record
+    handedConfiguration = &failing;
+    made.reset();
+    context(L"Framework").error(LOG_SITE, "second");
+    EXPECT_EQ(2u, installation.lines.size()) << "a failing writer came first";
+
+    Configuration named = readyConfiguration();
+    SharedPointer<MultiWriter> writers(new MultiWriter);
+    SharedPointer<Writer> own(new InstallerLogWriter);
+    own->setFormatter(verbatimFormatter());
+    writers->add(own);
+    named.setWriter(writers);
+    handedConfiguration = &named;
+    made.reset();
+    context(L"Framework").error(LOG_SITE, "third");
+    EXPECT_EQ((std::vector<std::wstring>{L"third"}),
+              std::vector<std::wstring>(installation.lines.begin() + 2, installation.lines.end()));
 }
 
 TEST_F(LoggerTest, OwnRecordsComeFirstInOrderWithTheirOwnTimes)

@@ -1,6 +1,7 @@
 // The writers on real files in scratch folders, and the console writer's output as a
 // child process writes it to its standard output.
 #include "Framework/Log/FileWriter.h"
+#include "Framework/Log/InstallerLogWriter.h"
 #include "Framework/Log/MultiWriter.h"
 #include "Framework/Log/RotatedFileWriter.h"
 
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <thread>
 
 using namespace Framework;
 using namespace Framework::Log;
@@ -206,6 +208,31 @@ TEST_F(WriterTest, MultiWriterGivesEachChildItsOwnFormatAndStopsAtAFailure)
     expectThrown<ValueNotInitializedException>([&] { failing.write(recordWith(L"n")); });
     EXPECT_EQ("m\r\nn\r\n", scratch.readFile(L"plain.txt"));
     EXPECT_FALSE(scratch.exists(L"after.txt"));
+}
+
+// The installation's log is the one the writing thread has bound, the innermost
+// binding first; a thread with none bound has no such log, and its records are
+// neither formatted nor written anywhere.
+TEST(InstallerLogWriterTest, WritesIntoTheInstallationLogOfTheWritingThreadOnly)
+{
+    InstallerLogWriter unformatted;
+    unformatted.write(recordWith(L"nowhere"));  // no formatter and no log: no failure either
+
+    InstallerLogWriter writer;
+    writer.setFormatter(verbatimFormatter());
+    KeptInstallerLog outer;
+    KeptInstallerLog inner;
+    KeptInstallerLog::Binding outerBinding(outer);
+    writer.write(recordWith(L"a\nb"));
+    {
+        KeptInstallerLog::Binding innerBinding(inner);
+        writer.write(recordWith(L"inner"));
+    }
+    writer.write(recordWith(L"outer again"));
+    std::thread other([&writer] { writer.write(recordWith(L"other thread")); });
+    other.join();
+    EXPECT_EQ((std::vector<std::wstring>{L"a\r\nb", L"outer again"}), outer.lines);
+    EXPECT_EQ((std::vector<std::wstring>{L"inner"}), inner.lines);
 }
 
 TEST(ConsoleWriterTest, TextReachesStandardOutputUnchanged)
