@@ -35,6 +35,9 @@ if [ ! -f "$WOW/kernel32.dll" ]; then
     $SUDO cp -a "$scratch/x/usr/lib/i386-linux-gnu/wine/i386-windows/." "$WOW/"
     rm -rf "$scratch"
 fi
-# Where this machine cannot run 32-bit code, Wine runs inside an emulated machine.
-"$(dirname "$0")/wine-host" --prepare
+# Where this machine cannot run 32-bit code, Wine runs inside an emulated machine; only
+# the 32-bit lane needs it (KORVALIN_LANES, see tools/lanes.sh).
+case "${KORVALIN_LANES:-x64 x86}" in
+*x86*) "$(dirname "$0")/wine-host" --prepare ;;
+esac
 echo "setup: done"

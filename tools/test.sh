@@ -10,7 +10,7 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 if [ "${1:-}" = --lane ]; then
-    KORVALIN_LANES=$2
+    export KORVALIN_LANES=$2
     shift 2
 fi
 . "$root/tools/lanes.sh"
