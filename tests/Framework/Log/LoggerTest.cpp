@@ -347,20 +347,21 @@ TEST_F(LoggerTest, ManyThreadsThroughOneFileWriterLoseNoLineAndBreakNone)
         EXPECT_EQ(recordsPerThread, next[t]) << "thread " << t;
 }
 
-// Log times are local: the zone's offset and, in a zone with daylight rules, its
-// daylight bias all year, as the runtime reads the zone from TZ.
-TEST(LoggerTimeTest, TheLocalClockIsUtcPlusTheZoneAndItsDaylightBiasAllYear)
+// Log times are local: UTC and the zone's offset, as the runtime reads the zone from
+// TZ. (Zones with daylight rules are left out: under Wine the runtime keeps the
+// daylight bias of the first zone it read, whatever TZ says later.)
+TEST(LoggerTimeTest, TheLocalClockIsUtcPlusTheZone)
 {
     struct Row
     {
         const char* zone;
-        int64_t hoursAhead;
-    } rows[] = {{"UTC0", 0}, {"EST5", -5}, {"PST8PDT", -7}, {"CET-1CEST", 2}};
+        int64_t minutesAhead;
+    } rows[] = {{"UTC0", 0}, {"EST5", -300}, {"IST-5:30", 330}};
     for (const Row& row : rows) {
         _putenv((std::string("TZ=") + row.zone).c_str());
         struct __timeb64 utc;
         _ftime64(&utc);
-        const int64_t expected = (int64_t(utc.time) + row.hoursAhead * 3600) * 1000 + utc.millitm;
+        const int64_t expected = (int64_t(utc.time) + row.minutesAhead * 60) * 1000 + utc.millitm;
         const int64_t local = int64_t(Logger::currentTime());
         EXPECT_LE(expected, local) << row.zone;
         EXPECT_GT(expected + 1000, local) << row.zone;
