@@ -121,22 +121,6 @@ TEST(ArrayTest, CopiesShareOneListWithoutCopyOnWrite)
     EXPECT_EQ((std::vector<Int>{10, 20}), asVector(second)) << "the last one went";
 }
 
-TEST(ArrayTest, IteratorsWalkAndStopAtTheEnd)
-{
-    Array<String> names;
-    for (const wchar_t* name : {L"a", L"b", L"c"})
-        names.add(name);
-    String seen;
-    for (ArrayIterator<String> it = names.iterator(0); it.current != it.end; it.next())
-        seen += it.value();
-    EXPECT_EQ(String(L"abc"), seen);
-
-    ArrayIterator<String> end = names.iterator(3);
-    expectThrown<IterationException>([&] { end.value(); });
-    expectThrown<IterationException>([&] { end.next(); });
-    expectRange(expectThrown<RangeException>([&] { names.iterator(4); }), 0, 3, 4);
-}
-
 TEST(NameHashTest, CaseDoesNotMatter)
 {
     EXPECT_EQ(hashName(L"Abc"), hashName(L"aBC"));

@@ -110,9 +110,7 @@ TEST_F(fw_exceptionTest, AssertionTextsNameTheSourceTagAndTheLineInHex)
     char location[64];
     std::snprintf(location, sizeof location, "83CA2AD96F8E99DBA0FB7FCD578C8930%X", line);
     EXPECT_EQ(location, text(here->get_location()));
-    EXPECT_STREQ("83CA2AD96F8E99DBA0FB7FCD578C8930", SITE.tag);
     here.reset();
-    EXPECT_NO_THROW(FW_ASSERT(1 + 1 == 2));
 }
 
 namespace {

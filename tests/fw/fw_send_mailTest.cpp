@@ -7,6 +7,8 @@
 #include "support/ExpectThrown.h"
 #include "support/FwText.h"
 #include "support/MailClient.h"
+#include "support/ScratchFolder.h"
+#include "support/WorkingFolder.h"
 
 #include <windows.h>
 #include <gtest/gtest.h>
@@ -34,27 +36,6 @@ std::string narrow(const std::wstring& s)
 {
     return std::string(s.begin(), s.end());
 }
-
-// A file in the current folder, removed at the end.
-class ScratchFile
-{
-public:
-    explicit ScratchFile(const char* name) : name(name)
-    {
-        FILE* file = std::fopen(name, "wb");
-        std::fputs("attached", file);
-        std::fclose(file);
-    }
-    ~ScratchFile() { std::remove(name.c_str()); }
-    std::string fullPath() const
-    {
-        char full[MAX_PATH];
-        GetFullPathNameA(name.c_str(), MAX_PATH, full, nullptr);
-        return full;
-    }
-
-    std::string name;
-};
 
 }  // namespace
 
@@ -119,11 +100,15 @@ TEST(fw_send_mailTest, TheClientsAnswerDecides)
 TEST(fw_send_mailTest, AnAttachmentGoesWhenUsableAndIsDroppedWhenTheClientCannotOpenIt)
 {
     MailClient client;
-    ScratchFile file("fw_send_mail attachment.txt");
-    ASSERT_TRUE(send("a@example.com", "", file.name.c_str()));
+    ScratchFolder scratch(L"MailAttachment");
+    WorkingFolder here(scratch.path());
+    scratch.writeFile(L"attachment.txt", "attached");
+    const char* const file = "attachment.txt";
+    ASSERT_TRUE(send("a@example.com", "", file));
     MailCall mail = client.sends().at(0);
     EXPECT_EQ("1", mail["files"]);
-    EXPECT_EQ(file.fullPath(), mail["file0.path"]) << "a relative path goes as the full one";
+    EXPECT_EQ(lower(narrow(scratch.at(L"attachment.txt"))), lower(mail["file0.path"]))
+        << "a relative path goes as the full one";
 
     // Missing files and folders are left out without a word.
     for (const char* unusable : {"no such attachment.txt", "."}) {
@@ -136,7 +121,7 @@ TEST(fw_send_mailTest, AnAttachmentGoesWhenUsableAndIsDroppedWhenTheClientCannot
     for (const char* answer : {"attachment open", "attachment write"}) {
         client.clear();
         client.answer(answer);
-        EXPECT_TRUE(send("a@example.com", "", file.name.c_str())) << answer;
+        EXPECT_TRUE(send("a@example.com", "", file)) << answer;
         const std::vector<MailCall> sends = client.sends();
         ASSERT_EQ(2u, sends.size()) << answer;
         EXPECT_EQ("1", sends[0]["files"]);
@@ -144,7 +129,7 @@ TEST(fw_send_mailTest, AnAttachmentGoesWhenUsableAndIsDroppedWhenTheClientCannot
     }
     client.clear();
     client.answer("attachment missing");
-    EXPECT_FALSE(send("a@example.com", "", file.name.c_str()));
+    EXPECT_FALSE(send("a@example.com", "", file));
     EXPECT_EQ(1u, client.sends().size());
 }
 
