@@ -61,7 +61,7 @@ TEST(FormatEngineTest, ConversionsAreTheRuntimes)
         for (const auto& size : sizes) {
             const std::string ours = size[0] + std::string(letter);
             const std::string runtimes = size[1] + std::string(letter);
-            for (uint64_t value : {uint64_t(big), ~uint64_t(0), uint64_t(1) << 32})
+            for (uint64_t value : {uint64_t(big), ~uint64_t(0), uint64_t(1) << 32, uint64_t(0x1F)})
                 expectAsTheRuntime(ours.c_str(), runtimes.c_str(), value);
         }
     }

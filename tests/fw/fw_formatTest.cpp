@@ -73,7 +73,7 @@ TEST(fw_formatTest, ItemsOutOfOrderAreMovedBack)
 TEST(fw_formatTest, LongResultsGrowPastTheStackBuffer)
 {
     // Around the stack buffer (2047) and the first two heap capacities (4123, 8155).
-    const uint32_t lengths[] = {2047, 2048, 4124, 8156, 40000};
+    const uint32_t lengths[] = {2047, 2048, 4124, 5000, 8156, 40000};
     for (uint32_t length : lengths) {
         const std::string long_text(length, 'q');
         const fw_string result = fw_format("%{1}s", long_text.c_str());

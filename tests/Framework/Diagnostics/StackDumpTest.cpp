@@ -153,6 +153,22 @@ TEST(StackDumpTest, AnExceptionCarriesItsStackWithSymbolsExactlyWhenThePdbStands
         EXPECT_NE(std::string::npos, thrower.find(" StackProbe.cpp:" + std::to_string(run.throwLine) + " ")) << thrower;
         EXPECT_NE(std::string::npos, thrower.find("throwingInner")) << thrower;
         EXPECT_NE(std::string::npos, run.dump[inMiddle].find("throwingMiddle")) << run.dump[inMiddle];
+        // Places in one column behind the address, symbols in one column behind the
+        // widest place.
+        const size_t place = addressDigits + 1;
+        size_t placeWidth = 0;
+        for (size_t i = 3; i < run.dump.size(); ++i) {
+            if (run.dump[i].size() > place)
+                placeWidth = std::max(placeWidth, run.dump[i].find(' ', place) - place);
+        }
+        for (size_t i = 3; i < run.dump.size(); ++i) {
+            const std::string& line = run.dump[i];
+            const size_t symbol =
+                line.find_first_not_of(' ', place + std::min(line.size() - place, line.find(' ', place) - place));
+            if (line.size() > place && symbol != std::string::npos) {
+                EXPECT_EQ(place + 1 + placeWidth, symbol) << line;
+            }
+        }
     }
 }
 

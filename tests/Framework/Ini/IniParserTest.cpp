@@ -38,6 +38,7 @@ const AcceptedRow acceptedRows[] = {
     {"key = value#1", L"key=\"value\";", false},
     {"a = 1\nA = 2", L"a=\"1\",\"2\";", false},
     {"top = 1\n[sec]\nk = v", L"top=\"1\";sec{k=\"v\";}", false},
+    {"\r\n[s]\r\nk = v\r\n\r\n", L"s{k=\"v\";}", false},
     {"[sec] ; comment\n# c\n; c\n   \n\t\nk=v", L"sec{k=\"v\";}", false},
     {"\0junk\nk=v"s, L"k=\"v\";", false},
     // Quoting: one pair around a name, every pair around a value; the cut at ; and #
