@@ -28,24 +28,14 @@ bool startsWith(const std::string& s, const std::string& prefix)
 
 }  // namespace
 
-TEST(ExceptionTest, SiteTagIsThirtyTwoHexDigitsAndTheLineIsHex)
+TEST(ExceptionTest, TheSiteIsTheTagAndTheLineInHex)
 {
     std::unique_ptr<ErrorException> e(new ErrorException(ThrowSite{"00000000000000000000000000000000", 845}));
     EXPECT_EQ("00000000000000000000000000000000" "34D", text(e->siteText()));
     EXPECT_STREQ("0000000000000000000000000000000034D", e->message().c_str());
-    EXPECT_STREQ("Exception", e->title());
-    e.reset();
-
-    // Each one is deleted before the next is built: a live one would become its cause.
-    const uint32_t line = __LINE__ + 1;
-    std::unique_ptr<ErrorException> here(new ErrorException(SITE));
-    const std::string tag = here->getSiteTag();
-    ASSERT_EQ(32u, tag.size());
-    EXPECT_EQ(std::string::npos, tag.find_first_not_of("0123456789ABCDEF"));
-    EXPECT_EQ(line, here->getSiteLine());
-    here.reset();
-    std::unique_ptr<ErrorException> again(new ErrorException(SITE));
-    EXPECT_EQ(tag, again->getSiteTag()) << "one tag per file";
+    const char* what = e->what();
+    EXPECT_STREQ("Error", what) << "the product has no name";
+    EXPECT_EQ(what, e->what()) << "built once";
 }
 
 TEST(ExceptionTest, CausesChainThroughTheCurrentCell)
@@ -90,15 +80,6 @@ DWORD WINAPI buildOnThisThread(void* out)
 
 TEST(ExceptionTest, DeletingAnExceptionThatIsNotCurrentLeavesTheCell)
 {
-    Exception* first = new ErrorException(SITE);
-    Exception* second = new LookupException(SITE);  // takes first as its cause
-    EXPECT_EQ(second, currentException());
-    Exception* unrelated = new OverflowException(SITE);  // takes second as its cause
-    ASSERT_EQ(second, unrelated->getCause());
-    EXPECT_EQ(first, second->getCause());
-    delete unrelated;  // and with it second and first
-    EXPECT_EQ(nullptr, currentException());
-
     // One built and left alive on another thread is not this thread's current one.
     Exception* current = new ErrorException(SITE);
     Exception* elsewhere = nullptr;
@@ -113,48 +94,37 @@ TEST(ExceptionTest, DeletingAnExceptionThatIsNotCurrentLeavesTheCell)
     EXPECT_EQ(nullptr, currentException());
 }
 
+namespace {
+
+// Whether a handler for Handler takes the thrown object; deleted through the class
+// the handler names, so that the virtual destructor is found from there.
+template <class Handler, class Thrown>
+bool caughtAs(Thrown* thrown)
+{
+    try {
+        throw thrown;
+    } catch (Handler* e) {
+        delete e;
+        return true;
+    } catch (fw_exception* e) {
+        delete e;
+        return false;
+    }
+}
+
+}  // namespace
+
 TEST(ExceptionTest, MixedClassesAreFoundByEveryHandlerAbove)
 {
-    int found = 0;
-    try {
-        throw new LookupException(SITE);
-    } catch (ErrorException* e) {
-        std::unique_ptr<ErrorException> own(e);
-        ++found;
-    }
-    try {
-        throw new LookupException(SITE);
-    } catch (Exception* e) {
-        std::unique_ptr<Exception> own(e);
-        ++found;
-    }
-    try {
-        throw new LookupException(SITE);
-    } catch (fw_exception* e) {
-        std::unique_ptr<fw_exception> own(e);  // the virtual destructor is found from the root
-        ++found;
-    }
-    try {
-        throw new Io::OsException(SITE, OsError::fromLastError(2), ~0ull, String(L"_wfopen"), String(L"Open error"));
-    } catch (Framework::OsException* e) {
-        std::unique_ptr<Framework::OsException> own(e);
-        EXPECT_EQ(String(L"_wfopen"), e->operation);
-        ++found;
-    }
-    try {
-        throw new Io::OsException(SITE, OsError::fromLastError(2), ~0ull, String(), String());
-    } catch (Io::ErrorException* e) {
-        std::unique_ptr<Io::ErrorException> own(e);
-        ++found;
-    }
-    try {
-        throw new Io::PathNotFoundException(SITE, String(L"C:\\missing"));
-    } catch (SearchException* e) {
-        std::unique_ptr<SearchException> own(e);
-        EXPECT_TRUE(startsWith(text(e->description(true)), "Path not found: C:\\missing\n"));
-        ++found;
-    }
-    EXPECT_EQ(6, found);
+    EXPECT_TRUE(caughtAs<ErrorException>(new LookupException(SITE)));
+    EXPECT_TRUE(caughtAs<Exception>(new LookupException(SITE)));
+    EXPECT_TRUE(caughtAs<fw_exception>(new LookupException(SITE)));
+    EXPECT_TRUE(caughtAs<Framework::OsException>(
+        new Io::OsException(SITE, OsError::fromLastError(2), ~0ull, String(), String())));
+    EXPECT_TRUE(caughtAs<Io::ErrorException>(
+        new Io::OsException(SITE, OsError::fromLastError(2), ~0ull, String(), String())));
+    EXPECT_TRUE(caughtAs<SearchException>(new Io::PathNotFoundException(SITE, String(L"C:\\missing"))));
+    EXPECT_FALSE(caughtAs<Io::ErrorException>(new LookupException(SITE)));
     EXPECT_EQ(nullptr, currentException());
 }
 
@@ -167,9 +137,6 @@ TEST(ExceptionTest, OsExceptionTextsAndQuestions)
     EXPECT_EQ(std::string::npos, d.find("Code 0x"));
     EXPECT_EQ(std::string::npos, d.find("RegOpenKeyExW")) << "the operation is kept, never printed";
     EXPECT_TRUE(denied->isAccessDenied());
-    EXPECT_FALSE(denied->isNoError());
-    EXPECT_FALSE(osErrorText(5).empty());
-    EXPECT_EQ(std::string::npos, text(osErrorText(5)).find_first_of("\r\n"));
     denied.reset();
 
     std::unique_ptr<Framework::OsException> unknown(
@@ -188,45 +155,14 @@ TEST(ExceptionTest, OsExceptionTextsAndQuestions)
         new Framework::OsException(SITE, OsError::fromLastError(13), 0, String(), String()));
     EXPECT_FALSE(win32Thirteen->isAccessDenied());
     win32Thirteen.reset();
-    SetLastError(ERROR_SHARING_VIOLATION);
-    std::unique_ptr<Framework::OsException> sharing(new Framework::OsException(SITE, OsError(true), 0, String(), String()));
-    EXPECT_TRUE(sharing->isSharingViolation());
-    sharing.reset();
-    std::unique_ptr<Framework::OsException> full(new Framework::OsException(SITE, OsError::fromLastError(112), 0, String(), String()));
-    EXPECT_TRUE(full->isDiskFull());
 }
 
-TEST(ExceptionTest, DescriptionsOfTheClassesWithFields)
+TEST(ExceptionTest, ATextFormatExceptionNamesItsPlace)
 {
     std::unique_ptr<TextFormatException> syntax(new TextFormatException(
         SITE, 3, 7, String(L"key = 'x"), String(L"Unclosed quote"), String(L"C:\\a.ini")));
     EXPECT_TRUE(startsWith(text(syntax->description(false)),
                            "fileName: C:\\a.ini\nline: 3\ncolumn: 7\nmessage: Unclosed quote\ncitation: key = 'x\n"));
-    EXPECT_EQ(FormatException::unknownPosition, syntax->position);
-    syntax.reset();
-    std::unique_ptr<NotImplementedException> unnamed(new NotImplementedException(SITE));
-    ASSERT_NE(nullptr, unnamed->getStackDump());
-    EXPECT_TRUE(startsWith(text(*unnamed->getStackDump()), "Stack dump:\r\nModule: framework_tests.exe\r\n"));
-    EXPECT_EQ(text(unnamed->siteText()) + "\n" + text(*unnamed->getStackDump()), text(unnamed->description(true)));
-    unnamed.reset();
-    std::unique_ptr<NotImplementedException> named(new NotImplementedException(SITE, String(L"Locking")));
-    EXPECT_TRUE(startsWith(text(named->description(true)), "Unsupported: Locking\n"));
-}
-
-TEST(ExceptionTest, RootCountsLiveObjectsAndBuildsWhatOnce)
-{
-    const int32_t before = fw_exception_nesting;
-    new ErrorException(SITE);                                    // owned by the next one, its effect
-    std::unique_ptr<ErrorException> b(new ErrorException(SITE));
-    EXPECT_EQ(before + 2, fw_exception_nesting);
-    const char* what = b->what();
-    EXPECT_STREQ("Error", what) << "the product has no name";
-    EXPECT_EQ(what, b->what());
-    b.reset();  // and its cause with it
-    EXPECT_EQ(before, fw_exception_nesting);
-    fw_exception_nesting = 0;
-    { fw_exception extra(fw_string("m"), fw_string()); fw_exception_nesting = 0; }
-    EXPECT_EQ(0, fw_exception_nesting) << "never below 0";
 }
 
 namespace {

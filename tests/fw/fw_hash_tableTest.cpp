@@ -1,7 +1,5 @@
 #include "fw/fw_hash_table.h"
 
-#include "support/ExpectThrown.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
@@ -38,8 +36,6 @@ TEST_F(fw_hash_tableTest, KeysAreComparedByContent)
     ASSERT_TRUE(found != table.end());
     EXPECT_EQ(2u, table.at(found).value);
     EXPECT_EQ(first, table.at(found).key) << "the key pointer stored first stays";
-    table.at(found).value = 3;
-    EXPECT_EQ(3u, table.at(table.find(second)).value);
     EXPECT_TRUE(table.find("buildtim") == table.end());
     EXPECT_TRUE(table.find("buildtimes") == table.end());
     EXPECT_TRUE(table.find(nullptr) == table.end());
@@ -86,22 +82,4 @@ TEST_F(fw_hash_tableTest, GrowingAddsChunksAndNeverMovesAnEntry)
     table.clear();
     EXPECT_EQ(0u, table.size());
     EXPECT_TRUE(table.find(key(0)) == table.end());
-    table.set(key(1), 11);
-    EXPECT_EQ(11u, table.at(table.find(key(1))).value);
-    EXPECT_EQ(perChunk, table.capacity_count());
-    EXPECT_EQ(steps[0].buckets, table.bucket_count());
-}
-
-TEST_F(fw_hash_tableTest, TheHashReadsBytesAsUnsigned)
-{
-    EXPECT_EQ(0u, fw_hash_primes::hash(""));
-    EXPECT_EQ(97u * 33 + 98, fw_hash_primes::hash("ab"));
-    EXPECT_EQ(255u * 33 + 128, fw_hash_primes::hash("\xFF\x80"));
-    // Texts that share a bucket are told apart along the chain: h("Aa") == h("B@").
-    ASSERT_EQ(fw_hash_primes::hash("Aa"), fw_hash_primes::hash("B@"));
-    fw_hash_table<uint32_t> table;
-    table.set("Aa", 1);
-    table.set("B@", 2);
-    EXPECT_EQ(1u, table.at(table.find("Aa")).value);
-    EXPECT_EQ(2u, table.at(table.find("B@")).value);
 }

@@ -1,5 +1,4 @@
-// The per-thread cells: one pointer per thread, the thread's name, and the current
-// exception of two threads that throw at the same time.
+// The per-thread cells: one pointer per thread, and the thread's name.
 #include "Framework/Diagnostics/ThreadLocalPointer.h"
 #include "Framework/Diagnostics/ThreadName.h"
 #include "Framework/Exceptions.h"
@@ -8,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <thread>
 
 using namespace Framework;
@@ -32,23 +30,4 @@ TEST(ThreadLocalPointerTest, EachThreadHasItsOwnPointerAndItsName)
     EXPECT_EQ(name, currentThreadName());
     threadNameCell.set(nullptr);
     EXPECT_EQ(String(L"Thread000"), currentThreadName());
-}
-
-TEST(ThreadLocalPointerTest, ThreadsThatThrowAtOnceKeepTheirOwnCurrentException)
-{
-    std::atomic<int> built(0);
-    auto thrower = [&] {
-        Exception* first = new ErrorException(SITE);
-        ++built;
-        while (built < 2) {
-        }
-        EXPECT_EQ(first, currentException());
-        Exception* second = new ErrorException(SITE);
-        EXPECT_EQ(first, second->getCause());
-        delete second;
-        EXPECT_EQ(nullptr, currentException());
-    };
-    std::thread one(thrower), two(thrower);
-    one.join();
-    two.join();
 }

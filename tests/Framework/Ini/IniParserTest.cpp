@@ -6,12 +6,16 @@
 #include "Framework/Exceptions.h"
 #include "Framework/Ini/IniTestHelpers.h"
 #include "support/ExpectThrown.h"
+#include "support/ScratchFolder.h"
 #include "support/TextHelpers.h"
 
+#include <windows.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <typeinfo>
+#include <utility>
 
 using namespace Framework;
 using ini_test::dumpTree;
@@ -30,12 +34,8 @@ struct AcceptedRow
 const AcceptedRow acceptedRows[] = {
     {"", L"", false},
     {"key\n", L"key=\"\";", false},
-    {"plain words here", L"plain words here=\"\";", false},
     {"key = value ; comment", L"key=\"value\";", false},
     {"key = value#1", L"key=\"value\";", false},
-    {"k =\nj = ", L"k=\"\";j=\"\";", false},
-    {"a = b = c", L"a=\"b = c\";", false},
-    {"  indented\t=\tx  ", L"indented=\"x\";", false},
     {"a = 1\nA = 2", L"a=\"1\",\"2\";", false},
     {"top = 1\n[sec]\nk = v", L"top=\"1\";sec{k=\"v\";}", false},
     {"\r\n[s]\r\nk = v\r\n\r\n", L"s{k=\"v\";}", false},
@@ -47,18 +47,14 @@ const AcceptedRow acceptedRows[] = {
     {"'a=b' = 1", L"'a=\"b' = 1\";", false},
     {"k = \"'x'\"\nl = ''\nm = '  s  '", L"k=\"x\";l=\"\";m=\"  s  \";", false},
     {"k = \"x ; y\"", L"k=\"\"x\";", false},
-    {"k = 'x\" \n l = \"", L"k=\"'x\"\";l=\"\"\";", false},
     {"= v", L"=\"v\";", false},
     // Sections are paths; a name is a new section unless merging.
     {"[a.b]\n[a.c]", L"a{b{}c{}}", false},
     {"[a]\n[a]", L"a{}a{}", false},
     {"[a.b/c\\d]\nk=1", L"a{b{c{d{k=\"1\";}}}}", false},
-    {"[a..b]", L"a{b{}}", false},
     {"[ 'q s' ]", L"q s{}", false},
-    {"['x.y']", L"x{y{}}", false},
     {"[w]\nx=1\n[w]\ny=2\n[w.sub]\nz=3", L"w{x=\"1\";}w{y=\"2\";sub{z=\"3\";}}", false},
     {"[a]\nx=1\n[b]\n[a]\ny=2\n[a.c]\n[a.c]", L"a{x=\"1\";y=\"2\";c{}}b{}", true},
-    {"[s1]\nk=1\n[s2]\nk=2", L"s1{k=\"1\";}s2{k=\"2\";}", false},
     // Names and values are UTF-8; a $( in a name is only text.
     {"[Gr\xC3\xBC\xC3\x9F" "e]\nnam\xC3\xA9 = v\xC3\xA4rde \xE2\x82\xAC",
      L"Gr\u00fc\u00dfe{nam\u00e9=\"v\u00e4rde \u20ac\";}", false},
@@ -97,18 +93,14 @@ const RejectedRow rejectedRows[] = {
     // A byte-order mark makes the line a pair whose name holds "[".
     {"\xEF\xBB\xBF[sec]", "there are restricted symbols in name", 1, 8, "\xEF\xBB\xBF[sec]"},
     {"a[b = 1", "there are restricted symbols in name", 1, 4, "a[b = 1"},
-    {"a]\r\n", "there are restricted symbols in name", 1, 2, "a]\r"},
     {"k = v\n[x=y]", "there are restricted symbols in name", 2, 4, "[x=y]"},
     // 1 for the name, 3 for "a =", then the value's length.
     {"a = $(B", "There is no closing bracket in system variable", 1, 7, "a = $(B"},
-    {"a = \"$(B\"", "There is no closing bracket in system variable", 1, 7, "a = \"$(B\""},
     {"a = $(B$(C)", "There is no closing bracket in system variable", 1, 11, "a = $(B$(C)"},
-    {"a = $(B$(C))", "There is no closing bracket in system variable", 1, 12, "a = $(B$(C))"},
     {"@include", "Wrong include directive", 1, 8, "@include"},
     {"@include ", "Wrong include directive", 1, 9, "@include "},
     {"@includefile", "Wrong include directive", 1, 12, "@includefile"},
     {"@include\tx.ini", "Wrong include directive", 1, 14, "@include\tx.ini"},
-    {"  @include x.ini", "Wrong include directive", 1, 16, "  @include x.ini"},
     {"[s]\n@include   ", "Can't find include file: ", 2, 11, "@include   "},
     {"@include 'no such.ini' ", "Can't find include file: no such.ini", 1, 23, "@include 'no such.ini' "},
 };
@@ -133,21 +125,14 @@ TEST(IniParserTest, RejectedTextsNameTheirLineColumnAndMessage)
 
 TEST(IniParserTest, EmptySectionPathsAndBadVariablesFailWithTheirOwnClasses)
 {
-    for (const char* text : {"[]", "[.]", "[ ]", "[./\\]"}) {
-        auto error = expectThrown<FormatException>([&] { parseText(text); });
-        ASSERT_TRUE(error) << text;
-        EXPECT_EQ(nullptr, dynamic_cast<TextFormatException*>(error.get())) << text;
-        EXPECT_EQ(FormatException::unknownPosition, error->position) << text;
-    }
-    {
-        auto error = expectThrown<ErrorException>([] { parseText("a = $()"); });
-        ASSERT_TRUE(error);
-        EXPECT_EQ(typeid(ErrorException), typeid(*error));
-    }
     ASSERT_FALSE(hasEnvironmentVariable(L"KORVALIN_INI_UNSET"));
-    auto missing = expectThrown<EnvironmentException>([] { parseText("[s]\na = x$(KORVALIN_INI_UNSET)"); });
-    ASSERT_TRUE(missing);
-    EXPECT_EQ(String(L"KORVALIN_INI_UNSET"), missing->element);
+    const std::pair<const char*, std::string> rows[] = {
+        {"[]", typeid(FormatException).name()},     {"[.]", typeid(FormatException).name()},
+        {"[./\\]", typeid(FormatException).name()}, {"a = $()", typeid(ErrorException).name()},
+        {"[s]\na = x$(KORVALIN_INI_UNSET)", typeid(EnvironmentException).name()},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.second, thrownClass([&] { parseText(row.first); })) << row.first;
 }
 
 struct VariableRow
@@ -169,15 +154,10 @@ TEST(IniParserTest, SystemVariablesAreReplacedOutsideSingleQuotes)
         {"a = $(KORVALIN_INI_B)", L"bee"},
         {"a = \"$(KORVALIN_INI_B)\"", L"bee"},
         {"a = '$(KORVALIN_INI_B)'", L"$(KORVALIN_INI_B)"},
-        {"a = \"'$(KORVALIN_INI_B)'\"", L"bee"},
-        {"a = '\"$(KORVALIN_INI_B)\"'", L"$(KORVALIN_INI_B)"},
         {"a = x)$(KORVALIN_INI_B)y", L"x)beey"},
         {"a = $(KORVALIN_INI_B)$(KORVALIN_INI_C)", L"beesee"},
-        {"a = $(KORVALIN_INI_B)-$(KORVALIN_INI_B)", L"bee-bee"},
         {"a = $(KORVALIN_INI_LOOP)$(KORVALIN_INI_C)", L"$(KORVALIN_INI_C)see"},
         {"a = <$(KORVALIN_INI_EMPTY)>", L"<>"},
-        {"a = $(KORVALIN_INI_EMPTY)", L""},
-        {"a = [$(KORVALIN_INI_SPACED)]", L"[ s p ]"},
         {"a = $(KORVALIN_INI_SPACED)", L" s p "},
         {"a = $ (x) $", L"$ (x) $"},
     };
@@ -191,4 +171,29 @@ TEST(IniParserTest, SystemVariablesAreReplacedOutsideSingleQuotes)
     }
 }
 
+// Plain pairs, which the platform's own reader takes too, read as it reads them.
+TEST(IniParserTest, PlainPairsReadAsThePlatformReadsThem)
+{
+    const char* const lines[] = {
+        "plain = value", "  indented\t=\tx  ", "empty =", "eq = b = c", "dq = \"quoted text\"",
+        "sq = '  s  '",  "inner = a 'b' c",   "Case = 1", "tail = x  \r",
+    };
+    std::string text = "[sec]\r\n";
+    for (const char* line : lines)
+        text += std::string(line) + "\r\n";
+    ScratchFolder scratch(L"IniTwin");
+    scratch.writeFile(L"twin.ini", text);
+    const SharedPointer<InputValues> section = parseText(text)->group(L"sec");
+    for (const char* line : lines) {
+        std::string key(line, std::strcspn(line, "="));
+        key.erase(0, key.find_first_not_of(" \t"));
+        key.erase(key.find_last_not_of(" \t\r") + 1);
+        wchar_t platform[256] = {};
+        GetPrivateProfileStringW(L"sec", String(key.c_str()).c_str(), L"<none>", platform, 256,
+                                 scratch.at(L"twin.ini").c_str());
+        EXPECT_EQ(String(platform), section->getString(String(key.c_str()))) << line;
+    }
+}
+
 }  // namespace
+
