@@ -255,6 +255,17 @@ void fw_hash_table<Value>::rehash()
     FW_ASSERT(buckets == nullptr || next != nullptr);
 
     int32_t* newBuckets = new int32_t[prime];
+    for (uint32_t b = 0; b < prime; ++b)
+        newBuckets[b] = -1;
+    if (itemCount == 0) {
+        // Nothing to move, and the free list already runs in index order (grow made
+        // it so, and nothing was ever taken): only the buckets are new. Every new
+        // table comes this way.
+        delete[] buckets;
+        buckets = newBuckets;
+        bucketCount = prime;
+        return;
+    }
     int32_t* newNext = nullptr;
     int32_t* previous = nullptr;
     try {
@@ -265,8 +276,6 @@ void fw_hash_table<Value>::rehash()
         delete[] newNext;
         throw;
     }
-    for (uint32_t b = 0; b < prime; ++b)
-        newBuckets[b] = -1;
     // Every entry into the free list in index order; the used ones are taken out
     // again below as their chains are walked.
     for (uint32_t i = 0; i < capacity; ++i) {

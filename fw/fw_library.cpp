@@ -37,6 +37,18 @@ volatile LONG buildingThread = 0;
 const char* const monthNames[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
+// The stamp is a constant of the build: formatted at the first bring-up (some
+// microseconds), copied at each one.
+const char* build_stamp()
+{
+    static char stamp[sizeof fw_build_stamp] = {};
+    if (!stamp[0]) {
+        const fw_string made = fw_build_stamp_of(__DATE__, __TIME__);
+        std::strncpy(stamp, made.c_str(), sizeof stamp - 1);
+    }
+    return stamp;
+}
+
 [[noreturn]] void stop(const char* why)
 {
     std::fprintf(stderr, "\nterminate = %d : %s\n", 0, why);
@@ -112,8 +124,7 @@ fw_library::fw_library()
     try {
         fw_faults_start();
         fw_settings = new fw_hash_table<uintptr_t>();
-        const fw_string stamp = fw_build_stamp_of(__DATE__, __TIME__);
-        std::strncpy(fw_build_stamp, stamp.c_str(), sizeof fw_build_stamp - 1);
+        std::memcpy(fw_build_stamp, build_stamp(), sizeof fw_build_stamp);
         fw_setting_set("buildtime", reinterpret_cast<uintptr_t>(fw_build_stamp));
         fw_set_purecall_handler(fw_raise_purecall);
     } catch (...) {

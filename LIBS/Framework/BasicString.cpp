@@ -12,12 +12,6 @@ namespace Framework {
 
 namespace {
 
-const wchar_t emptyWide[2] = {0, 0};
-const char emptyNarrow[2] = {0, 0};
-
-const wchar_t* emptyText(const wchar_t*) { return emptyWide; }
-const char* emptyText(const char*) { return emptyNarrow; }
-
 bool isSpace(wchar_t c) { return std::iswspace(c) != 0; }
 bool isSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
@@ -100,13 +94,6 @@ BasicString<Char>::BasicString(uint32_t length) : count(0)
     buffer = sizedBlock<Char>(length);
     count = length;
     terminate();
-}
-
-template <class Char>
-const Char* BasicString<Char>::c_str() const
-{
-    const Char* text = data();
-    return text && buffer.byteSize() ? text : emptyText(static_cast<const Char*>(nullptr));
 }
 
 template <class Char>
