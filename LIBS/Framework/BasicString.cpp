@@ -79,9 +79,8 @@ BasicString<Char>::BasicString(const Char* text, uint32_t length) : count(0)
         if (length == 0)
             return;
     }
-    SharedBuffer fresh = sizedBlock<Char>(length);
-    std::memcpy(fresh.payload(), text, length * sizeof(Char));
-    buffer = fresh;
+    buffer = sizedBlock<Char>(length);
+    std::memcpy(buffer.payload(), text, length * sizeof(Char));
     count = length;
     terminate();
 }
@@ -103,7 +102,7 @@ void BasicString<Char>::detach()
         return;
     SharedBuffer own(buffer.byteSize());
     std::memcpy(own.payload(), buffer.payload(), buffer.byteSize());
-    buffer = own;
+    buffer = static_cast<SharedBuffer&&>(own);
 }
 
 template <class Char>
@@ -221,7 +220,7 @@ void BasicString<Char>::resize(uint32_t n)
         SharedBuffer fresh(byteSizeFor<Char>(sizedCapacity(n)));
         if (count)
             std::memcpy(fresh.payload(), buffer.payload(), count * sizeof(Char));
-        buffer = fresh;
+        buffer = static_cast<SharedBuffer&&>(fresh);
     }
     count = n;
     terminate();
@@ -241,7 +240,7 @@ uint32_t BasicString<Char>::reserve(uint32_t n)
     SharedBuffer fresh(byteSizeFor<Char>((n + 10) & ~7u));
     if (count)
         std::memcpy(fresh.payload(), buffer.payload(), count * sizeof(Char));
-    buffer = fresh;
+    buffer = static_cast<SharedBuffer&&>(fresh);
     terminate();
     return usable();
 }

@@ -51,6 +51,20 @@ public:
     explicit BasicString(uint32_t length);
     BasicString(const BasicString& other) = default;
     BasicString& operator=(const BasicString& other) = default;
+    // A temporary hands its block over without touching the count; it is empty after.
+    BasicString(BasicString&& other) noexcept : buffer(static_cast<SharedBuffer&&>(other.buffer)), count(other.count)
+    {
+        other.count = 0;
+    }
+    BasicString& operator=(BasicString&& other) noexcept
+    {
+        if (this != &other) {
+            buffer = static_cast<SharedBuffer&&>(other.buffer);
+            count = other.count;
+            other.count = 0;
+        }
+        return *this;
+    }
     virtual ~BasicString() = default;
 
     // Never null: the payload, or one static empty text per character width. Inline:

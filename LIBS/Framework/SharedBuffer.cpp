@@ -10,7 +10,9 @@ SharedBuffer::SharedBuffer(uint32_t byteSize) : block(nullptr)
         return;
     block = static_cast<Header*>(::operator new(sizeof(Header) + byteSize));
     block->byteSize = byteSize;
-    __atomic_store_n(&block->refCount, 1, __ATOMIC_SEQ_CST);
+    // Nobody else can see the block yet: a plain store. Whatever hands the handle to
+    // another thread publishes it.
+    block->refCount = 1;
 }
 
 SharedBuffer& SharedBuffer::operator=(const SharedBuffer& other)

@@ -21,8 +21,21 @@ public:
         if (block)
             __atomic_add_fetch(&block->refCount, 1, __ATOMIC_SEQ_CST);
     }
+    // Takes the other's reference over: no count changes, and the other is null after.
+    SharedBuffer(SharedBuffer&& other) noexcept : block(other.block) { other.block = nullptr; }
     // Takes the new reference first, then drops the old one: self-assignment is safe.
     SharedBuffer& operator=(const SharedBuffer& other);
+    SharedBuffer& operator=(SharedBuffer&& other) noexcept
+    {
+        if (this != &other) {
+            Header* const old = block;
+            block = other.block;
+            other.block = nullptr;
+            if (old && __atomic_sub_fetch(&old->refCount, 1, __ATOMIC_SEQ_CST) == 0)
+                release(old);
+        }
+        return *this;
+    }
     ~SharedBuffer()
     {
         if (block && __atomic_sub_fetch(&block->refCount, 1, __ATOMIC_SEQ_CST) == 0)
