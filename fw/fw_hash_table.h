@@ -65,6 +65,10 @@ public:
     const entry& at(const iterator& position) const;
     // Empties the table and gives its storage back; the next set() builds it anew.
     void clear() { grow(0); }
+    // Empties a table that never grew in place, keeping its storage: afterwards it is
+    // as a new table is, and only the used entries were touched. False, and nothing
+    // done, for a table that grew.
+    bool renew();
 
     uint32_t size() const { return itemCount; }
     uint32_t capacity_count() const { return capacity; }
@@ -140,6 +144,23 @@ int32_t fw_hash_table<Value>::find_index(const char* key) const
             return i;
     }
     return -1;
+}
+
+template <class Value>
+bool fw_hash_table<Value>::renew()
+{
+    // One chunk means no growth: the entries went out of the free list in index
+    // order and none came back, so the used ones are 0 to itemCount - 1, each linked
+    // from its key's bucket.
+    if (chunkCount != 1 || !buckets || !next)
+        return false;
+    for (uint32_t i = 0; i < itemCount; ++i) {
+        buckets[fw_hash_primes::hash(entry_at(i).key) % bucketCount] = -1;
+        next[i] = i + 1 < capacity ? int32_t(i + 1) : -1;
+    }
+    freeHead = 0;
+    itemCount = 0;
+    return true;
 }
 
 template <class Value>
