@@ -84,6 +84,40 @@ Function find_function(HMODULE module, const char* name)
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
+// kernel32 is in every process from its start: taking a reference to the loaded
+// module is what LoadLibraryA would do, without its search of the path (about 10 us
+// under Wine). LoadLibraryA remains for a system where that fails.
+HMODULE load_kernel()
+{
+    HMODULE kernel = nullptr;
+    if (GetModuleHandleExA(0, "kernel32.dll", &kernel) && kernel)
+        return kernel;
+    return LoadLibraryA("kernel32.dll");
+}
+
+// The two functions as found in the module last loaded. kernel32 never leaves a
+// process, so its exports keep their addresses from one bring-up to the next; the
+// search (a few us under Wine, where both are forwarded to ntdll) runs again only for
+// another module handle.
+struct handler_functions
+{
+    HMODULE module;
+    fw_add_handler_function add;
+    fw_remove_handler_function remove;
+};
+
+handler_functions found = {};
+
+const handler_functions& functions_in(HMODULE module)
+{
+    if (found.module != module || !found.add || !found.remove) {
+        found.module = module;
+        found.add = find_function<fw_add_handler_function>(module, "AddVectoredExceptionHandler");
+        found.remove = find_function<fw_remove_handler_function>(module, "RemoveVectoredExceptionHandler");
+    }
+    return found;
+}
+
 }  // namespace
 
 bool fw_fault_in_this_module(uintptr_t instruction)
@@ -147,12 +181,13 @@ void fw_faults_start()
     fw_tls_slot_acquire();
     if (!fw_os_kind_translates(fw_os_kind()))
         return;
-    HMODULE kernel = LoadLibraryA("kernel32.dll");
+    HMODULE kernel = load_kernel();
     if (!kernel)
         return;
     fw_kernel_module = kernel;
-    fw_add_handler = find_function<fw_add_handler_function>(kernel, "AddVectoredExceptionHandler");
-    fw_remove_handler = find_function<fw_remove_handler_function>(kernel, "RemoveVectoredExceptionHandler");
+    const handler_functions& functions = functions_in(kernel);
+    fw_add_handler = functions.add;
+    fw_remove_handler = functions.remove;
     if (!fw_add_handler || !fw_remove_handler)
         return;
     fw_fault_handler = fw_add_handler(1, &fw_fault_vector);

@@ -65,6 +65,10 @@ public:
     const entry& at(const iterator& position) const;
     // Empties the table and gives its storage back; the next set() builds it anew.
     void clear() { grow(0); }
+    // Empties a table that never grew in place, keeping its storage: afterwards it is
+    // as a new table is, and only the used entries were touched. False, and nothing
+    // done, for a table that grew.
+    bool renew();
 
     uint32_t size() const { return itemCount; }
     uint32_t capacity_count() const { return capacity; }
@@ -140,6 +144,23 @@ int32_t fw_hash_table<Value>::find_index(const char* key) const
             return i;
     }
     return -1;
+}
+
+template <class Value>
+bool fw_hash_table<Value>::renew()
+{
+    // One chunk means no growth: the entries went out of the free list in index
+    // order and none came back, so the used ones are 0 to itemCount - 1, each linked
+    // from its key's bucket.
+    if (chunkCount != 1 || !buckets || !next)
+        return false;
+    for (uint32_t i = 0; i < itemCount; ++i) {
+        buckets[fw_hash_primes::hash(entry_at(i).key) % bucketCount] = -1;
+        next[i] = i + 1 < capacity ? int32_t(i + 1) : -1;
+    }
+    freeHead = 0;
+    itemCount = 0;
+    return true;
 }
 
 template <class Value>
@@ -255,6 +276,17 @@ void fw_hash_table<Value>::rehash()
     FW_ASSERT(buckets == nullptr || next != nullptr);
 
     int32_t* newBuckets = new int32_t[prime];
+    for (uint32_t b = 0; b < prime; ++b)
+        newBuckets[b] = -1;
+    if (itemCount == 0) {
+        // Nothing to move, and the free list already runs in index order (grow made
+        // it so, and nothing was ever taken): only the buckets are new. Every new
+        // table comes this way.
+        delete[] buckets;
+        buckets = newBuckets;
+        bucketCount = prime;
+        return;
+    }
     int32_t* newNext = nullptr;
     int32_t* previous = nullptr;
     try {
@@ -265,8 +297,6 @@ void fw_hash_table<Value>::rehash()
         delete[] newNext;
         throw;
     }
-    for (uint32_t b = 0; b < prime; ++b)
-        newBuckets[b] = -1;
     // Every entry into the free list in index order; the used ones are taken out
     // again below as their chains are walked.
     for (uint32_t i = 0; i < capacity; ++i) {

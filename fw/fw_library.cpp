@@ -37,6 +37,47 @@ volatile LONG buildingThread = 0;
 const char* const monthNames[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
+// The settings table of the last lifetime, emptied, for the next one: a new table
+// (some 15 KB of entries, links and buckets, all fresh) was the dearest step of a
+// bring-up. Only a table that never grew is kept; it goes when the module unloads.
+class spare_settings
+{
+public:
+    ~spare_settings() { delete table; }
+    fw_hash_table<uintptr_t>* take()
+    {
+        fw_hash_table<uintptr_t>* const taken = table;
+        table = nullptr;
+        return taken;
+    }
+    // Keeps the table emptied, or deletes it.
+    void keep(fw_hash_table<uintptr_t>* used)
+    {
+        if (table || !used->renew()) {
+            delete used;
+            return;
+        }
+        table = used;
+    }
+
+private:
+    fw_hash_table<uintptr_t>* table = nullptr;
+};
+
+spare_settings spareSettings;
+
+// The stamp is a constant of the build: formatted at the first bring-up (some
+// microseconds), copied at each one.
+const char* build_stamp()
+{
+    static char stamp[sizeof fw_build_stamp] = {};
+    if (!stamp[0]) {
+        const fw_string made = fw_build_stamp_of(__DATE__, __TIME__);
+        std::strncpy(stamp, made.c_str(), sizeof stamp - 1);
+    }
+    return stamp;
+}
+
 [[noreturn]] void stop(const char* why)
 {
     std::fprintf(stderr, "\nterminate = %d : %s\n", 0, why);
@@ -64,7 +105,8 @@ void takeDown()
         deleteValue(vendorName);
         deleteValue(supportAddress);
         productVersion = fw_product_version{};
-        delete fw_settings;
+        if (fw_settings)
+            spareSettings.keep(fw_settings);
         fw_settings = nullptr;
         fw_faults_stop();
         fw_initialized = false;
@@ -111,9 +153,10 @@ fw_library::fw_library()
     fw_initialized = true;
     try {
         fw_faults_start();
-        fw_settings = new fw_hash_table<uintptr_t>();
-        const fw_string stamp = fw_build_stamp_of(__DATE__, __TIME__);
-        std::strncpy(fw_build_stamp, stamp.c_str(), sizeof fw_build_stamp - 1);
+        fw_settings = spareSettings.take();
+        if (!fw_settings)
+            fw_settings = new fw_hash_table<uintptr_t>();
+        std::memcpy(fw_build_stamp, build_stamp(), sizeof fw_build_stamp);
         fw_setting_set("buildtime", reinterpret_cast<uintptr_t>(fw_build_stamp));
         fw_set_purecall_handler(fw_raise_purecall);
     } catch (...) {

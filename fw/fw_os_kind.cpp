@@ -30,7 +30,9 @@ int fw_os_kind_of(uint32_t platformId, uint32_t major, uint32_t minor)
     }
 }
 
-int fw_os_kind()
+namespace {
+
+int asked_kind()
 {
     OSVERSIONINFOA version = {};
     // The record without the service-pack fields: 148 bytes.
@@ -39,6 +41,16 @@ int fw_os_kind()
     if (!GetVersionExA(&version))
         return unknownKind;
     return fw_os_kind_of(version.dwPlatformId, version.dwMajorVersion, version.dwMinorVersion);
+}
+
+}  // namespace
+
+int fw_os_kind()
+{
+    // The version a process is told does not change while it runs; asking costs about
+    // a microsecond under Wine, on every bring-up of the layer.
+    static const int kind = asked_kind();
+    return kind;
 }
 
 const char* fw_os_kind_name(int kind)

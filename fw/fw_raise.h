@@ -34,7 +34,9 @@ extern volatile long fw_tls_slot;
 
 // Allocates the slot if there is none; false if the platform has no index to give.
 bool fw_tls_slot_acquire();
-// Frees the slot; the exceptions it held are not touched.
+// Gives the slot up; the exceptions it held are not touched, and every thread reads
+// null from the next slot. When only this thread stored anything, its cell is
+// emptied and the index kept for the next acquire instead of going back to the system.
 void fw_tls_slot_release();
 
 // This thread's current exception, or null.

@@ -12,12 +12,6 @@ namespace Framework {
 
 namespace {
 
-const wchar_t emptyWide[2] = {0, 0};
-const char emptyNarrow[2] = {0, 0};
-
-const wchar_t* emptyText(const wchar_t*) { return emptyWide; }
-const char* emptyText(const char*) { return emptyNarrow; }
-
 bool isSpace(wchar_t c) { return std::iswspace(c) != 0; }
 bool isSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
@@ -85,9 +79,8 @@ BasicString<Char>::BasicString(const Char* text, uint32_t length) : count(0)
         if (length == 0)
             return;
     }
-    SharedBuffer fresh = sizedBlock<Char>(length);
-    std::memcpy(fresh.payload(), text, length * sizeof(Char));
-    buffer = fresh;
+    buffer = sizedBlock<Char>(length);
+    std::memcpy(buffer.payload(), text, length * sizeof(Char));
     count = length;
     terminate();
 }
@@ -103,20 +96,13 @@ BasicString<Char>::BasicString(uint32_t length) : count(0)
 }
 
 template <class Char>
-const Char* BasicString<Char>::c_str() const
-{
-    const Char* text = data();
-    return text && buffer.byteSize() ? text : emptyText(static_cast<const Char*>(nullptr));
-}
-
-template <class Char>
 void BasicString<Char>::detach()
 {
     if (buffer.isNull() || buffer.refCount() == 1)
         return;
     SharedBuffer own(buffer.byteSize());
     std::memcpy(own.payload(), buffer.payload(), buffer.byteSize());
-    buffer = own;
+    buffer = static_cast<SharedBuffer&&>(own);
 }
 
 template <class Char>
@@ -234,7 +220,7 @@ void BasicString<Char>::resize(uint32_t n)
         SharedBuffer fresh(byteSizeFor<Char>(sizedCapacity(n)));
         if (count)
             std::memcpy(fresh.payload(), buffer.payload(), count * sizeof(Char));
-        buffer = fresh;
+        buffer = static_cast<SharedBuffer&&>(fresh);
     }
     count = n;
     terminate();
@@ -254,7 +240,7 @@ uint32_t BasicString<Char>::reserve(uint32_t n)
     SharedBuffer fresh(byteSizeFor<Char>((n + 10) & ~7u));
     if (count)
         std::memcpy(fresh.payload(), buffer.payload(), count * sizeof(Char));
-    buffer = fresh;
+    buffer = static_cast<SharedBuffer&&>(fresh);
     terminate();
     return usable();
 }

@@ -51,10 +51,29 @@ public:
     explicit BasicString(uint32_t length);
     BasicString(const BasicString& other) = default;
     BasicString& operator=(const BasicString& other) = default;
+    // A temporary hands its block over without touching the count; it is empty after.
+    BasicString(BasicString&& other) noexcept : buffer(static_cast<SharedBuffer&&>(other.buffer)), count(other.count)
+    {
+        other.count = 0;
+    }
+    BasicString& operator=(BasicString&& other) noexcept
+    {
+        if (this != &other) {
+            buffer = static_cast<SharedBuffer&&>(other.buffer);
+            count = other.count;
+            other.count = 0;
+        }
+        return *this;
+    }
     virtual ~BasicString() = default;
 
-    // Never null: the payload, or one static empty text per character width.
-    const Char* c_str() const;
+    // Never null: the payload, or one static empty text per character width. Inline:
+    // every read of a string's text passes here.
+    const Char* c_str() const
+    {
+        const Char* text = data();
+        return text ? text : emptyChars;
+    }
     // Null when there is no block.
     const Char* data() const { return static_cast<const Char*>(buffer.payload()); }
     uint32_t length() const { return count; }
@@ -128,6 +147,8 @@ public:
     static uint32_t findChar(const Char* text, Char c);
 
 protected:
+    static constexpr Char emptyChars[2] = {0, 0};
+
     // Gives the string a private block when it shares one; keeps the capacity.
     void detach();
     // payload[length] = 0, and payload[length + 1] too when length is even and

@@ -4,6 +4,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <memory>
 
 namespace Framework {
 
@@ -194,17 +195,31 @@ void swapStringConversions(String& format)
 
 namespace {
 
-// Counts, allocates once and renders. A count above `limit`, which includes a failed
-// (negative) count taken as unsigned, and a rendering that reports another count
-// throw ErrorException.
+// Most results are short: the first rendering goes into a buffer on the stack, and
+// a result that fits is copied into a string of its exact size, so it costs one pass
+// of the runtime's printf instead of a count and a rendering. msvcrt reports a result
+// that does not fit, and a failed conversion, by a negative count; both take the
+// general road, which counts, allocates once and renders. There a count above
+// `limit`, which includes a failed (negative) count taken as unsigned, and a
+// rendering that reports another count throw ErrorException.
+const uint32_t stackResultSize = 512;
+
 template <class StringType, class Char>
-StringType render(const StringType& rewritten, va_list args, uint32_t limit,
+StringType render(const Char* rewritten, va_list args, uint32_t limit,
                   int (*countChars)(const Char*, va_list), int (*renderChars)(Char*, size_t, const Char*, va_list))
 {
+    {
+        Char buffer[stackResultSize];
+        ArgumentsCopy first(args);
+        const int n = renderChars(buffer, stackResultSize, rewritten, first.list);
+        // n == size: msvcrt fills the buffer and writes no terminator.
+        if (n >= 0 && uint32_t(n) < stackResultSize && uint32_t(n) <= limit)
+            return StringType(buffer, uint32_t(n));
+    }
     uint32_t count;
     {
         ArgumentsCopy counting(args);
-        count = static_cast<uint32_t>(countChars(rewritten.c_str(), counting.list));
+        count = static_cast<uint32_t>(countChars(rewritten, counting.list));
     }
     if (count > limit)
         throw new ErrorException(SITE);
@@ -213,9 +228,72 @@ StringType render(const StringType& rewritten, va_list args, uint32_t limit,
         return result;
     ArgumentsCopy rendering(args);
     // A fresh string is private and has room for the terminator.
-    if (renderChars(&result.refAt(0), size_t(count) + 1, rewritten.c_str(), rendering.list) != int(count))
+    if (renderChars(&result.refAt(0), size_t(count) + 1, rewritten, rendering.list) != int(count))
         throw new ErrorException(SITE);
     return result;
+}
+
+// The rewritten format of the dialect (steps 1 and 2 at once) in a buffer on the
+// stack, or on the heap when it is longer: formats are short, and this spares an
+// allocation per call.
+template <class Char, bool swap>
+class FormatWriter
+{
+public:
+    explicit FormatWriter(uint32_t size) : text(inPlace), capacity(sizeof inPlace / sizeof *inPlace)
+    {
+        // The dialect's rewrite grows a format by at most one unit per character (L to I64).
+        const uint32_t needed = size * 2 + 1;
+        if (needed > capacity) {
+            heap.reset(new Char[needed]);
+            text = heap.get();
+            capacity = needed;
+        }
+    }
+    void copy(const Char* from, uint32_t n)
+    {
+        for (uint32_t i = 0; i < n; ++i)
+            text[used++] = from[i];
+    }
+    void length64()
+    {
+        text[used++] = 'I';
+        text[used++] = '6';
+        text[used++] = '4';
+    }
+    void conversion(const Char* letter)
+    {
+        Char c = *letter;
+        if (swap && c == 's')
+            c = 'S';
+        else if (swap && c == 'S')
+            c = 's';
+        text[used++] = c;
+    }
+    const Char* finished()
+    {
+        text[used] = 0;
+        return text;
+    }
+
+private:
+    Char inPlace[256];
+    std::unique_ptr<Char[]> heap;
+    Char* text;
+    uint32_t capacity;
+    uint32_t used = 0;
+};
+
+template <class StringType, class Char, bool swap>
+StringType formatWith(const Char* format, va_list args, uint32_t limit, int (*countChars)(const Char*, va_list),
+                      int (*renderChars)(Char*, size_t, const Char*, va_list))
+{
+    if (!format)
+        throw new ErrorException(SITE);
+    const uint32_t size = StringType::textLength(format);
+    FormatWriter<Char, swap> rewritten(size);
+    scanFormat(format, size, rewritten);
+    return render<StringType>(rewritten.finished(), args, limit, countChars, renderChars);
 }
 
 int countNarrow(const char* format, va_list args) { return _vscprintf(format, args); }
@@ -231,14 +309,12 @@ int renderWide(wchar_t* out, size_t size, const wchar_t* format, va_list args)
 AnsiString AnsiString::vformat(const char* format, va_list args)
 {
     // Narrow results have no limit of their own: only a failed count is refused.
-    return render(normalizeFormat(format), args, 0x7FFFFFFFu, countNarrow, renderNarrow);
+    return formatWith<AnsiString, char, false>(format, args, 0x7FFFFFFFu, countNarrow, renderNarrow);
 }
 
 String String::vformat(const wchar_t* format, va_list args)
 {
-    String rewritten = normalizeFormat(format);
-    swapStringConversions(rewritten);
-    return render(rewritten, args, formatLimit, countWide, renderWide);
+    return formatWith<String, wchar_t, true>(format, args, formatLimit, countWide, renderWide);
 }
 
 // va_start must stand in the function with the "...".

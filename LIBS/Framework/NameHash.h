@@ -5,6 +5,7 @@
 #pragma once
 #include "Framework/String.h"
 
+#include <cwchar>
 #include <unordered_map>
 
 namespace Framework {
@@ -21,9 +22,16 @@ struct NameHash
 
 struct NameEquals
 {
+    // Names of other lengths differ whatever their case; a name asked for in its
+    // stored spelling (the usual case) is settled by comparing the units as they are.
     bool operator()(const String& a, const String& b) const
     {
-        return compareNoCase(a.c_str(), a.length(), b.c_str(), b.length()) == 0;
+        const uint32_t length = a.length();
+        if (length != b.length())
+            return false;
+        const wchar_t* x = a.c_str();
+        const wchar_t* y = b.c_str();
+        return x == y || std::wmemcmp(x, y, length) == 0 || compareNoCase(x, length, y, length) == 0;
     }
 };
 

@@ -1,15 +1,8 @@
 #include "Framework/SharedBuffer.h"
 
-#include <windows.h>
 #include <new>
 
 namespace Framework {
-
-struct SharedBuffer::Header
-{
-    volatile LONG refCount;
-    uint32_t byteSize;
-};
 
 SharedBuffer::SharedBuffer(uint32_t byteSize) : block(nullptr)
 {
@@ -17,45 +10,25 @@ SharedBuffer::SharedBuffer(uint32_t byteSize) : block(nullptr)
         return;
     block = static_cast<Header*>(::operator new(sizeof(Header) + byteSize));
     block->byteSize = byteSize;
-    InterlockedExchange(&block->refCount, 1);
-}
-
-SharedBuffer::SharedBuffer(const SharedBuffer& other) : block(other.block)
-{
-    if (block)
-        InterlockedIncrement(&block->refCount);
+    // Nobody else can see the block yet: a plain store. Whatever hands the handle to
+    // another thread publishes it.
+    block->refCount = 1;
 }
 
 SharedBuffer& SharedBuffer::operator=(const SharedBuffer& other)
 {
     Header* old = block;
     if (other.block)
-        InterlockedIncrement(&other.block->refCount);
+        __atomic_add_fetch(&other.block->refCount, 1, __ATOMIC_SEQ_CST);
     block = other.block;
-    if (old && InterlockedDecrement(&old->refCount) == 0)
-        ::operator delete(old);
+    if (old && __atomic_sub_fetch(&old->refCount, 1, __ATOMIC_SEQ_CST) == 0)
+        release(old);
     return *this;
 }
 
-SharedBuffer::~SharedBuffer()
+void SharedBuffer::release(Header* block)
 {
-    if (block && InterlockedDecrement(&block->refCount) == 0)
-        ::operator delete(block);
-}
-
-void* SharedBuffer::payload() const
-{
-    return block ? block + 1 : nullptr;
-}
-
-uint32_t SharedBuffer::byteSize() const
-{
-    return block ? block->byteSize : 0;
-}
-
-uint32_t SharedBuffer::refCount() const
-{
-    return block ? static_cast<uint32_t>(block->refCount) : 0;
+    ::operator delete(block);
 }
 
 }  // namespace Framework

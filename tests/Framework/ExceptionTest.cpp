@@ -102,11 +102,13 @@ template <class Handler, class Thrown>
 bool caughtAs(Thrown* thrown)
 {
     try {
-        throw thrown;
-    } catch (Handler* e) {
-        delete e;
-        return true;
-    } catch (fw_exception* e) {
+        try {
+            throw thrown;
+        } catch (Handler* e) {
+            delete e;
+            return true;
+        }
+    } catch (fw_exception* e) {  // apart, so that Handler may be fw_exception itself
         delete e;
         return false;
     }

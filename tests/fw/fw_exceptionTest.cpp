@@ -211,17 +211,19 @@ TEST(fw_exceptionDeathTest, AFailureDuringUnwindingEndsTheProcessWithOneAfterIts
             const char missing[] = "Z:\\nowhere\\no-mail-client.dll";
             client.setDllPath(REG_SZ, missing, sizeof missing);
         }
-        if (row.errorOutput[0] == '!')
+        if (row.errorOutput[0] == '!') {
             EXPECT_EXIT(failWhileUnwinding(row.address), ::testing::ExitedWithCode(1), lacks(row.errorOutput + 1));
-        else
+        } else {
             EXPECT_EXIT(failWhileUnwinding(row.address), ::testing::ExitedWithCode(1), row.errorOutput);
+        }
 
         // No ASSERT in this loop: a death test's child runs the rows before its own
         // without their children, and must not leave the loop early.
         const std::vector<MailCall> sends = client.sends();
         EXPECT_EQ(row.sends, sends.size());
-        if (!row.address)
+        if (!row.address) {
             EXPECT_TRUE(client.calls().empty()) << "not even a logon";
+        }
         if (sends.size() != 1)
             continue;
         const MailCall& mail = sends[0];

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstring>
 #include <tlhelp32.h>
+#include <unordered_map>
 
 namespace Framework {
 
@@ -100,6 +101,59 @@ void prepareSymbols()
                    initializeModuleByModule(searchPath.c_str());
 }
 
+// Each symbol look-up costs some microseconds under Wine, and a program's exceptions
+// come from the same few places again and again: the answers are kept, each with the
+// module it was found in, known by its base, size and time stamp, so that an address
+// in a module loaded where another one was is asked anew. At most a few thousand;
+// then they start afresh.
+struct KnownPlace
+{
+    uintptr_t moduleBase;
+    uint32_t moduleSize;
+    uint32_t moduleStamp;
+    String place;
+    String symbol;
+};
+
+std::unordered_map<uint64_t, KnownPlace> knownPlaces;
+const size_t knownPlacesLimit = 4096;
+
+// The module's identity as its own headers give it; false for an address in no module.
+bool moduleOf(uint64_t address, KnownPlace& known)
+{
+    HMODULE module = nullptr;
+    if (!GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                            reinterpret_cast<const char*>(uintptr_t(address)), &module) ||
+        !module)
+        return false;
+    const uintptr_t base = reinterpret_cast<uintptr_t>(module);
+    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+    const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+    known.moduleBase = base;
+    known.moduleSize = headers->OptionalHeader.SizeOfImage;
+    known.moduleStamp = headers->FileHeader.TimeDateStamp;
+    return true;
+}
+
+// The place and symbol of an address, from what is known or from imagehlp.
+const KnownPlace& placeAndSymbol(uint64_t address, KnownPlace& scratch)
+{
+    const bool inModule = moduleOf(address, scratch);
+    if (inModule) {
+        const auto found = knownPlaces.find(address);
+        if (found != knownPlaces.end() && found->second.moduleBase == scratch.moduleBase &&
+            found->second.moduleSize == scratch.moduleSize && found->second.moduleStamp == scratch.moduleStamp)
+            return found->second;
+    }
+    scratch.place = StackFrames::placeOf(symbolProcess, address);
+    scratch.symbol = StackFrames::symbolOf(symbolProcess, address);
+    if (!inModule)
+        return scratch;
+    if (knownPlaces.size() >= knownPlacesLimit)
+        knownPlaces.clear();
+    return knownPlaces[address] = scratch;
+}
+
 }  // namespace
 
 bool StackFrames::readOwnMemory(uint64_t address, void* buffer, uint32_t size)
@@ -137,9 +191,11 @@ String stackDump(const _CONTEXT* given)
         StackFrames::walk(symbolProcess, context, addresses, maximumAddresses);
         if (symbolsReady) {
             for (uint32_t i = 0; i < addresses.size(); ++i) {
-                places.add(StackFrames::placeOf(symbolProcess, addresses.at(i)));
+                KnownPlace scratch;
+                const KnownPlace& known = placeAndSymbol(addresses.at(i), scratch);
+                places.add(known.place);
                 placeWidth = std::max(placeWidth, places.at(i).length());
-                symbols.add(StackFrames::symbolOf(symbolProcess, addresses.at(i)));
+                symbols.add(known.symbol);
             }
         }
     }

@@ -6,16 +6,66 @@
 
 #include <imagehlp.h>
 
+#include <cstring>
+
 
 namespace Framework { namespace StackFrames {
 
 namespace {
 
-// The walk's reader (StackFrames.h says why directly).
+// What one walk has learnt of memory and modules. The walk asks about the same few
+// regions (the thread's stack, a handful of images) again and again, and under Wine
+// each VirtualQuery and each module look-up is a call into the system. Kept for one
+// walk only (walk() empties it), under the dump's lock like every call here.
+struct Range
+{
+    uintptr_t begin;
+    uintptr_t end;
+};
+
+template <uint32_t size>
+class RangeCache
+{
+public:
+    void clear() { count = 0; }
+    // The range that holds [from, from + length), or null.
+    const Range* find(uintptr_t from, uintptr_t length) const
+    {
+        for (uint32_t i = 0; i < count; ++i) {
+            if (from >= ranges[i].begin && from + length <= ranges[i].end && from + length >= from)
+                return &ranges[i];
+        }
+        return nullptr;
+    }
+    void add(uintptr_t begin, uintptr_t end)
+    {
+        ranges[count < size ? count++ : next++ % size] = Range{begin, end};
+    }
+
+private:
+    Range ranges[size];
+    uint32_t count = 0;
+    uint32_t next = 0;
+};
+
+RangeCache<8> readableRegions;
+RangeCache<8> moduleImages;
+
+// The walk's reader: StackFrames.h's own-memory read, with what this walk has learnt
+// of readable regions.
 BOOL CALLBACK readMemory(HANDLE, DWORD64 address, void* buffer, DWORD size, DWORD* copied)
 {
-    if (!readOwnMemory(address, buffer, size))
-        return FALSE;
+    const char* const from = reinterpret_cast<const char*>(uintptr_t(address));
+    if (!readableRegions.find(uintptr_t(address), size)) {
+        MEMORY_BASIC_INFORMATION region;
+        if (!VirtualQuery(from, &region, sizeof region) || region.State != MEM_COMMIT ||
+            (region.Protect & (PAGE_NOACCESS | PAGE_GUARD)) || region.Protect == 0 ||
+            from + size > static_cast<const char*>(region.BaseAddress) + region.RegionSize)
+            return FALSE;
+        const uintptr_t begin = reinterpret_cast<uintptr_t>(region.BaseAddress);
+        readableRegions.add(begin, begin + region.RegionSize);
+    }
+    std::memcpy(buffer, from, size);
     if (copied)
         *copied = size;
     return TRUE;
@@ -31,11 +81,18 @@ void* CALLBACK functionTable(HANDLE, DWORD64 address)
 
 DWORD64 CALLBACK moduleBase(HANDLE, DWORD64 address)
 {
+    if (const Range* image = moduleImages.find(uintptr_t(address), 1))
+        return DWORD64(image->begin);
     HMODULE module = nullptr;
     if (!GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                             reinterpret_cast<const char*>(uintptr_t(address)), &module))
         return 0;
-    return DWORD64(reinterpret_cast<uintptr_t>(module));
+    // The module's image spans SizeOfImage bytes from its base, by its own headers.
+    const uintptr_t base = reinterpret_cast<uintptr_t>(module);
+    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+    const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+    moduleImages.add(base, base + headers->OptionalHeader.SizeOfImage);
+    return DWORD64(base);
 }
 
 // One step up from a context, as the function at its instruction returns.
@@ -64,6 +121,8 @@ __attribute__((noinline)) void presentContext(CONTEXT& context)
 
 void walk(HANDLE process, CONTEXT& context, Array<uint64_t>& addresses, uint32_t limit)
 {
+    readableRegions.clear();
+    moduleImages.clear();
     const HANDLE thread = GetCurrentThread();
     STACKFRAME64 frame = {};
     frame.AddrPC.Offset = context.Rip;

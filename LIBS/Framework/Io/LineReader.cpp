@@ -2,9 +2,20 @@
 
 #include "Framework/Exceptions.h"
 
+#include <cstring>
+
 namespace Framework { namespace Io {
 
-LineReader::LineReader(InputStream& stream) : stream(&stream), delimiterLength(1), aheadStart(0), aheadEnd(0) {}
+// Whether the stream can be read ahead is a matter of its class, which does not
+// change: settled once here rather than by a cast per line.
+LineReader::LineReader(InputStream& stream)
+    : stream(&stream),
+      delimiterLength(1),
+      pieceSize(dynamic_cast<SeekableInputStream*>(&stream) ? sizeof ahead : 1),
+      aheadStart(0),
+      aheadEnd(0)
+{
+}
 
 LineReader::~LineReader()
 {
@@ -35,7 +46,6 @@ void LineReader::readLine(AnsiString& out)
     // c_str() ends with a zero, which an empty delimiter matches.
     const char* const wanted = delimiter.c_str();
     uint32_t matched = 0;
-    const uint32_t pieceSize = dynamic_cast<SeekableInputStream*>(stream) ? sizeof ahead : 1;
     for (;;) {
         if (aheadStart == aheadEnd) {
             if (stream->isAtEnd())
@@ -45,12 +55,16 @@ void LineReader::readLine(AnsiString& out)
             if (aheadEnd == 0)
                 break;
         }
-        // Bytes that cannot start the delimiter are appended in runs.
+        // Bytes that cannot start the delimiter are appended in runs, found by memchr.
         uint32_t runStart = aheadStart;
         for (uint32_t i = aheadStart; i < aheadEnd; ++i) {
+            if (matched == 0) {
+                const void* start = std::memchr(ahead + i, wanted[0], aheadEnd - i);
+                if (!start)
+                    break;
+                i = uint32_t(static_cast<const char*>(start) - ahead);
+            }
             const char c = ahead[i];
-            if (matched == 0 && c != wanted[0])
-                continue;
             out.append(ahead + runStart, i - runStart);
             runStart = i + 1;
             if (c != wanted[matched]) {

@@ -46,6 +46,8 @@ private:
     AnsiString delimiter;
     // At least 1: an empty delimiter is its terminating zero.
     uint32_t delimiterLength;
+    // How much one read asks of the stream: the buffer for a seekable one, else 1.
+    uint32_t pieceSize;
     // Read from the stream but not yet handed out: ahead[aheadStart, aheadEnd).
     char ahead[4096];
     uint32_t aheadStart;

@@ -78,13 +78,15 @@ String cleanPathText(const String& text)
     if (!changes)
         return text;  // the common case keeps the shared block
 
-    std::vector<wchar_t> kept;
-    kept.reserve(n);
+    // Written in place into one string of the longest length, then cut.
+    String cleaned(n);
+    wchar_t* out = &cleaned.refAt(0);
+    uint32_t kept = 0;
     for (uint32_t i = 0; i < n; ++i) {
         if (t[i] != L'"')
-            kept.push_back(t[i] == L'/' ? L'\\' : t[i]);
+            out[kept++] = t[i] == L'/' ? L'\\' : t[i];
     }
-    String cleaned(kept.data(), uint32_t(kept.size()));
+    cleaned.truncate(kept);
     cleaned.trimRight();
     return cleaned;
 }
@@ -96,6 +98,11 @@ String splitRoot(const String& text, uint32_t& rootEnd)
     if (n > 1 && isLetter(t[0]) && t[1] == L':') {
         rootEnd = 2;
         return text.substr(0, 2);
+    }
+    // Every other root starts with two backslashes.
+    if (n < 2 || t[0] != L'\\' || t[1] != L'\\') {
+        rootEnd = 0;
+        return String();
     }
     if (text.startsWith(L"\\\\?\\unc\\") || text.startsWith(L"\\\\?\\UNC\\")) {
         const uint32_t first = nextBackslash(text, 8);
@@ -130,10 +137,18 @@ String splitRoot(const String& text, uint32_t& rootEnd)
     return String();
 }
 
-PathParts parseParts(const String& text)
+PathParts parseParts(const String& given)
 {
-    String copy = text;
-    copy.replaceChar(L'/', L'\\');
+    // Most texts come here clean already: a copy only when a '/' must go.
+    String replaced;
+    bool slashed = false;
+    for (uint32_t i = 0; i < given.length() && !slashed; ++i)
+        slashed = given.c_str()[i] == L'/';
+    if (slashed) {
+        replaced = given;
+        replaced.replaceChar(L'/', L'\\');
+    }
+    const String& copy = slashed ? replaced : given;
     PathParts parts;
     uint32_t start = 0;
     parts.root = splitRoot(copy, start);
@@ -166,8 +181,11 @@ PathParts parseParts(const String& text)
 PathParts parseCanonical(const String& text)
 {
     PathParts parts = parseParts(text);
-    parts.root = canonicalRoot(parts.root);
-    parts.folder = canonicalFolder(parts.folder);
+    // Most parts are canonical already; they keep their strings.
+    if (parts.root.length() > 2)
+        parts.root = canonicalRoot(parts.root);
+    if (!isCanonicalFolder(parts.folder))
+        parts.folder = canonicalFolder(parts.folder);
     return parts;
 }
 
@@ -240,7 +258,9 @@ String canonicalFolder(const String& text)
     const wchar_t* const t = text.c_str();
     const uint32_t n = text.length();
     const bool rooted = isSeparator(t[0]);
+    // At most one component per two characters ("a\"), plus one without a separator.
     std::vector<Span> kept;
+    kept.reserve(n / 2 + 1);
     for (uint32_t i = 0; i < n;) {
         uint32_t end = i;
         while (end < n && !isSeparator(t[end]))
@@ -264,15 +284,19 @@ String canonicalFolder(const String& text)
     }
     if (kept.empty() && !rooted)
         return String(L".\\");
-    std::vector<wchar_t> joined;
-    joined.reserve(n + 2);
+    // Joined in place into one string of the longest length, then cut.
+    String joined(n + 2);
+    wchar_t* out = &joined.refAt(0);
+    uint32_t used = 0;
     if (rooted)
-        joined.push_back(L'\\');
+        out[used++] = L'\\';
     for (const Span& piece : kept) {
-        joined.insert(joined.end(), t + piece.begin, t + piece.begin + piece.length);
-        joined.push_back(L'\\');
+        for (uint32_t k = 0; k < piece.length; ++k)
+            out[used++] = t[piece.begin + k];
+        out[used++] = L'\\';
     }
-    return String(joined.data(), uint32_t(joined.size()));
+    joined.truncate(used);
+    return joined;
 }
 
 String canonicalFolderText(const String& text)

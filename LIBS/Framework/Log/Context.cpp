@@ -47,12 +47,26 @@ Context& Context::operator=(const Context& other)
     return *this;
 }
 
-bool Context::passes(Level level)
+// The call below the threshold ends here, in the caller's frame: the cached
+// threshold stands while no logger has adopted a configuration since it was asked
+// for (the epoch is one load), so the provider is not even called.
+inline bool Context::passes(Level level)
 {
-    if (cachedGeneration != 0 && cachedGeneration >= provider()->generation())
+    if (cachedGeneration != 0 && cachedGeneration == Logger::configurationEpoch())
         return cachedLevel <= uint32_t(level);
-    cachedLevel = uint32_t(provider()->levelFor(contextName));
-    cachedGeneration.exchange(provider()->generation());
+    return refreshedPasses(level);
+}
+
+bool Context::refreshedPasses(Level level)
+{
+    // Reached first of all through the provider, which makes and configures the
+    // logger; the epoch is read after that and before the threshold, so a
+    // configuration adopted meanwhile makes the next call ask again.
+    Logger* const logger = provider();
+    logger->generation();
+    const uint32_t epoch = Logger::configurationEpoch();
+    cachedLevel = uint32_t(logger->levelFor(contextName));
+    cachedGeneration.exchange(epoch);
     return cachedLevel <= uint32_t(level);
 }
 

@@ -6,9 +6,9 @@
 //
 // A call below the context's threshold costs two comparisons and no lock, no
 // allocation, and the arguments are not touched: the context keeps the threshold it
-// last got from the logger with the logger's generation, and asks again only when
-// the logger has adopted another configuration since. The first call of all creates
-// and configures the logger, even when it is below the threshold.
+// last got from the logger with the loggers' configuration epoch, and asks again only
+// when a logger has adopted another configuration (or gone) since. The first call of
+// all creates and configures the logger, even when it is below the threshold.
 //
 // Failures of logging never reach the caller (the logger turns itself off instead),
 // but an exception of the provider does, and so does one that the configuration step
@@ -48,13 +48,16 @@ public:
     const String& name() const { return contextName; }
 
 private:
-    // Whether a message of `level` passes, refreshing the cached threshold if the
-    // logger has a newer configuration.
+    // Whether a message of `level` passes, refreshing the cached threshold if a
+    // logger has adopted a configuration since it was cached.
     bool passes(Level level);
+    bool refreshedPasses(Level level);
 
     String contextName;
     uint32_t cachedLevel;
     Provider provider;
+    // The loggers' configuration epoch (Logger::configurationEpoch) when cachedLevel
+    // was asked for; 0 before the first call.
     std::atomic<uint32_t> cachedGeneration;
 };
 

@@ -5,7 +5,7 @@
 #include "Framework/Log/Context.h"
 #include "fw/fw_raise.h"
 
-#include <sys/timeb.h>
+#include <windows.h>
 #include <ctime>
 #include <memory>
 
@@ -34,6 +34,14 @@ SharedPointer<Logger> instanceHolder;
 }  // namespace
 
 std::atomic<Logger*> Logger::madeInstance{nullptr};
+std::atomic<uint32_t> Logger::epoch{1};
+
+void Logger::advanceEpoch()
+{
+    // 0 is what a context that never asked holds: the count skips it when it wraps.
+    if (++epoch == 0)
+        ++epoch;
+}
 
 Logger* Logger::createInstance()
 {
@@ -50,11 +58,15 @@ Logger* Logger::createInstance()
 
 uint64_t Logger::currentTime()
 {
-    struct __timeb64 now;
-    _ftime64(&now);
+    // The system clock read directly: _ftime64 gives the same milliseconds, but asks
+    // for the zone again on the way, which costs more than the rest of this.
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    const uint64_t ticks = uint64_t(now.dwHighDateTime) << 32 | now.dwLowDateTime;
+    const int64_t utcMilliseconds = int64_t((ticks - 116444736000000000ull) / 10000);
     _tzset();
     const int64_t offset = int64_t(_timezone) + int64_t(_dstbias) * (_daylight ? 1 : 0);
-    return uint64_t(int64_t(now.time) * 1000 - offset * 1000 + now.millitm);
+    return uint64_t(utcMilliseconds - offset * 1000);
 }
 
 Logger::Logger(uint32_t mode) : Logger(mode, searchedConfiguration) {}
@@ -77,6 +89,7 @@ Logger::~Logger()
     // At exit the holder goes: a later instance() makes a new logger, as before the first.
     Logger* self = this;
     madeInstance.compare_exchange_strong(self, nullptr);
+    advanceEpoch();
 }
 
 Level Logger::levelFor(const String& contextName)
@@ -166,6 +179,7 @@ void Logger::adopt(const Configuration& newConfiguration)
     configuration = newConfiguration;
     ++generationCount;
     configured = !configuration.writer.isNull();
+    advanceEpoch();
 }
 
 void Logger::addOwnRecord(const ThrowSite& site, const String& message, Level level)

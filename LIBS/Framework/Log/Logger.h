@@ -69,6 +69,10 @@ public:
         return generationCount;
     }
     Level levelFor(const String& contextName);
+    // Moves on whenever any logger adopts a configuration and whenever one goes; never
+    // 0. A context that finds the value it saw when it last asked may keep its
+    // threshold without reaching its logger at all: one load.
+    static uint32_t configurationEpoch() { return epoch.load(std::memory_order_acquire); }
     // The one path of a message; see above. Never throws.
     void log(const Context& context, Level level, const ThrowSite* site, const char* format, va_list args);
 
@@ -86,6 +90,8 @@ public:
 private:
     static Logger* createInstance();
     static std::atomic<Logger*> madeInstance;
+    static std::atomic<uint32_t> epoch;
+    static void advanceEpoch();
 
     Record makeRecord(const String& context, Level level, const ThrowSite& site, const String& message) const;
 
