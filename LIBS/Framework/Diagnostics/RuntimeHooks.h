@@ -10,9 +10,13 @@
 //                          _invalid_parameter: its entry is redirected to the handler
 //   allocation failure     _set_new_handler and _set_new_mode exist under their C++
 //                          export names only, and are looked up by those
-//   abort behaviour        no _set_abort_behavior: silentAbort() is abort without the
-//                          message (a box in a windowed program, which would hang an
-//                          unattended installation)
+//   abort behaviour        no _set_abort_behavior. The error mode of _set_error_mode
+//                          (Crt.cpp sets _OUT_TO_STDERR) sends msvcrt's reports, those
+//                          of abort and of a failed assertion, to the console instead
+//                          of a box, which would hang an unattended installation; in
+//                          a program of the windows subsystem, such as the installer's
+//                          host, that is nowhere. silentAbort() is abort without even
+//                          the console's line
 //
 // A handler that msvcrt calls runs on top of msvcrt's frames, and this module's
 // unwinder knows only its own unwind tables: an exception thrown there would end in
