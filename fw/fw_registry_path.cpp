@@ -11,7 +11,7 @@ const HKEY rootHandles[3] = {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER, nullptr};
 class fw_registry_key
 {
 public:
-    explicit fw_registry_key(const fw_registry_path* path) : path(path) {}
+    explicit fw_registry_key(const fw_registry_path* owner) : path(owner) {}
     ~fw_registry_key() { close(); }
     fw_registry_key(const fw_registry_key&) = delete;
     fw_registry_key& operator=(const fw_registry_key&) = delete;

@@ -47,9 +47,9 @@ std::string narrow(const std::wstring& s)
 class ScratchFile
 {
 public:
-    explicit ScratchFile(const char* name) : name(name)
+    explicit ScratchFile(const char* fileName) : name(fileName)
     {
-        FILE* file = std::fopen(name, "wb");
+        FILE* file = std::fopen(fileName, "wb");
         std::fputs("attached", file);
         std::fclose(file);
     }

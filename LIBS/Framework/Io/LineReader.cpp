@@ -4,7 +4,7 @@
 
 namespace Framework { namespace Io {
 
-LineReader::LineReader(InputStream& stream) : stream(&stream), delimiterLength(1), aheadStart(0), aheadEnd(0) {}
+LineReader::LineReader(InputStream& source) : stream(&source), delimiterLength(1), aheadStart(0), aheadEnd(0) {}
 
 LineReader::~LineReader()
 {
