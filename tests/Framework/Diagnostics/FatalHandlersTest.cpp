@@ -94,7 +94,9 @@ TEST(FatalHandlersTest, EachHandlerWritesItsLineThenEndsItsOwnWay)
 
 // Every abort while the layer is loaded ends with exit code 3 and without a word to
 // the user. In a program of the windows subsystem msvcrt would say it in a box, which
-// in an unattended installation nobody closes.
+// in an unattended installation nobody closes: Windows' msvcrt does for abort and a
+// failed assertion, Wine's for the assertion (so that row is what fails here when the
+// error mode is not set).
 TEST(FatalHandlersTest, EveryAbortInAWindowedProgramEndsWithoutABox)
 {
     const char* const ways[] = {"abort", "double-bring-up", "runtime-terminate", "runtime-assert"};
