@@ -65,9 +65,9 @@ bool Crt::installHandlers()
 {
     // msvcrt has no _set_abort_behavior. With this error mode its own reports (abort's
     // message, a failed assertion) go to the console and the standard error stream
-    // instead of a box, and in a program of the windows subsystem, such as the
-    // installer's host, nowhere; the handlers here end with silentAbort, which says
-    // nothing at all.
+    // instead of a box, and a program of the windows subsystem that has neither, such
+    // as the installer's host, says nothing; the handlers here end with silentAbort,
+    // which says nothing at all.
     _set_error_mode(_OUT_TO_STDERR);
     RuntimeHooks::enableUnwindingThroughRuntime();
     std::set_terminate(handleTerminate);

@@ -12,11 +12,11 @@
 //                          export names only, and are looked up by those
 //   abort behaviour        no _set_abort_behavior. The error mode of _set_error_mode
 //                          (Crt.cpp sets _OUT_TO_STDERR) sends msvcrt's reports, those
-//                          of abort and of a failed assertion, to the console instead
-//                          of a box, which would hang an unattended installation; in
-//                          a program of the windows subsystem, such as the installer's
-//                          host, that is nowhere. silentAbort() is abort without even
-//                          the console's line
+//                          of abort and of a failed assertion, to the console and the
+//                          standard error stream instead of a box, which would hang an
+//                          unattended installation; a program of the windows subsystem
+//                          that has neither, such as the installer's host, says
+//                          nothing. silentAbort() is abort without even that line
 //
 // A handler that msvcrt calls runs on top of msvcrt's frames, and this module's
 // unwinder knows only its own unwind tables: an exception thrown there would end in
