@@ -1,8 +1,10 @@
 // SetApplicationSize: writes "ApplicationSize" as the REG_DWORD "EstimatedSize" into
 // the product's entry under
 // HKEY_LOCAL_MACHINE\Software\Microsoft\Windows\CurrentVersion\Uninstall\<ProductCode>,
-// in the registry view a 32-bit program sees. The size goes as it is, with no unit
-// converted; an empty size writes 0.
+// in the registry view of the DLL's own bitness: where the installer engine puts the
+// entry of a package of that bitness (the 32-bit view for the 32-bit DLL, the 64-bit
+// view for the 64-bit one). The size goes as it is, with no unit converted; an empty
+// size writes 0.
 //
 // A size that is no decimal number, or too large for 32 bits, ends the action before
 // the registry is touched. An entry that doesn't exist (yet) is never created: the

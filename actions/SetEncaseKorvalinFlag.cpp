@@ -1,6 +1,7 @@
 // SetEncaseKorvalinFlag: resets EnCase's "CheckKorvalin" under
 // HKEY_LOCAL_MACHINE\Software\Guidance Software\EnCase to 0 when it holds 1 or 2, in
-// the registry view a 32-bit program sees. It doesn't touch the session.
+// the 32-bit view of the registry, in both builds: the key is EnCase's, a 32-bit
+// program's. It doesn't touch the session.
 //
 // No key or no value: nothing happens. Any other number stays. A value that doesn't
 // read as a number (a string, say), or a key that can't be opened for writing, ends
@@ -24,10 +25,12 @@ void CustomAction::setEncaseKorvalinFlag()
     const String flagName = "CheckKorvalin";
 
     RegistryInputValues root;
+    root.use32BitView();
     root.attach(HKEY_LOCAL_MACHINE, "HKEY_LOCAL_MACHINE");
     if (!root.hasGroup(encasePath))
         return;
     RegistryInputValues encase;
+    encase.use32BitView();
     encase.open(root, encasePath, readAccess);
     if (!encase.hasValue(flagName))
         return;
@@ -36,8 +39,10 @@ void CustomAction::setEncaseKorvalinFlag()
         if (flag != 1 && flag != 2)
             return;
         RegistryOutputValues writeRoot;
+        writeRoot.use32BitView();
         writeRoot.attach(HKEY_LOCAL_MACHINE, "HKEY_LOCAL_MACHINE");
         RegistryOutputValues writeKey;
+        writeKey.use32BitView();
         writeKey.open(writeRoot, encasePath, writeAccess);
         writeKey.setUint(flagName, 0);
         writeKey.close();

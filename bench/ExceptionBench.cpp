@@ -29,28 +29,28 @@ int main()
     Framework::Io::Path pdb(Framework::Io::FileSystem::moduleFileName(), false);
     pdb.setExtension(L".pdb");
     const bool symbols = pdb.exists();
-    const int rounds = symbols ? 100 : 400;
+    const int rounds = symbols ? 40 : 200;
 
-    const double ours = nanosecondsPerRound(rounds, [](int n) {
-        for (int i = 0; i < n; ++i) {
-            try {
-                deep(4, [] { throw new Framework::ErrorException(SITE); });
-            } catch (Framework::Exception* caught) {
-                sink = caught->getStackDump()->length();
-                delete caught;
-            }
-        }
-    });
-    const double baseline = nanosecondsPerRound(rounds, [](int n) {
-        for (int i = 0; i < n; ++i) {
-            try {
-                deep(4, [] { throw std::runtime_error("thrown"); });
-            } catch (const std::runtime_error& caught) {
-                sink = size_t(caught.what()[0]);
-            }
-        }
-    });
-    report(symbols ? "throw and catch, with symbols" : "throw and catch, no symbols", "std::runtime_error", ours,
-           baseline);
+    compare(symbols ? "throw and catch 4 deep, with symbols" : "throw and catch 4 deep, no symbols",
+            "std::runtime_error", rounds,
+            [](int n) {
+                for (int i = 0; i < n; ++i) {
+                    try {
+                        deep(4, [] { throw new Framework::ErrorException(SITE); });
+                    } catch (Framework::Exception* caught) {
+                        sink = caught->getStackDump()->length();
+                        delete caught;
+                    }
+                }
+            },
+            [](int n) {
+                for (int i = 0; i < n; ++i) {
+                    try {
+                        deep(4, [] { throw std::runtime_error("thrown"); });
+                    } catch (const std::runtime_error& caught) {
+                        sink = size_t(caught.what()[0]);
+                    }
+                }
+            });
     return 0;
 }

@@ -100,11 +100,10 @@ void lineReading()
     if (ours != expected || theirs != expected)
         std::printf("line counts differ: %u written, %u ours, %u getline\n", unsigned(expected), unsigned(ours),
                     unsigned(theirs));
-    const double oursRate = double(ours) / oursSeconds;
-    const double theirsRate = double(theirs) / theirsSeconds;
-    std::printf("%-40s ours %9.0f lines/s   std::getline %9.0f lines/s   ratio %.2f (%.0f vs %.0f MB/s)\n",
-                "LineReader, 50 MB, \"\\n\"", oursRate, theirsRate, oursSeconds / theirsSeconds,
-                50.0 / oursSeconds, 50.0 / theirsSeconds);
+    char oursText[64], anchorText[96];
+    std::snprintf(oursText, sizeof oursText, "ours %.0f MB/s", 50.0 / oursSeconds);
+    std::snprintf(anchorText, sizeof anchorText, "std::getline %.0f MB/s", 50.0 / theirsSeconds);
+    reportLine("LineReader, 50 MB, \"\\n\"", oursText, anchorText, oursSeconds / theirsSeconds);
 }
 
 const wchar_t* const pathTexts[] = {

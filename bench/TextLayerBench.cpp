@@ -30,32 +30,31 @@ void copiesAndConcatenation(int rounds)
     for (size_t length : {16u, 1000u}) {
         const std::wstring text(length, L'k');
         const String ours(text.c_str());
-        const double copyOurs = nanosecondsPerRound(rounds, [&](int n) {
-            for (int i = 0; i < n; ++i) {
-                String copy = ours;
-                sink = copy.length();
-            }
-        });
-        const double copyBaseline = nanosecondsPerRound(rounds, [&](int n) {
-            for (int i = 0; i < n; ++i) {
-                std::wstring copy = text;
-                sink = copy.size();
-            }
-        });
         char label[64];
         std::snprintf(label, sizeof label, "String copy, %u characters", unsigned(length));
-        report(label, "std::wstring", copyOurs, copyBaseline);
-
-        const double concatOurs = nanosecondsPerRound(rounds, [&](int n) {
-            for (int i = 0; i < n; ++i)
-                sink = (ours + ours).length();
-        });
-        const double concatBaseline = nanosecondsPerRound(rounds, [&](int n) {
-            for (int i = 0; i < n; ++i)
-                sink = (text + text).size();
-        });
+        compare(label, "std::wstring copy", rounds,
+                [&](int n) {
+                    for (int i = 0; i < n; ++i) {
+                        String copy = ours;
+                        sink = copy.length();
+                    }
+                },
+                [&](int n) {
+                    for (int i = 0; i < n; ++i) {
+                        std::wstring copy = text;
+                        sink = copy.size();
+                    }
+                });
         std::snprintf(label, sizeof label, "a + b, %u characters each", unsigned(length));
-        report(label, "std::wstring", concatOurs, concatBaseline);
+        compare(label, "std::wstring +", rounds,
+                [&](int n) {
+                    for (int i = 0; i < n; ++i)
+                        sink = (ours + ours).length();
+                },
+                [&](int n) {
+                    for (int i = 0; i < n; ++i)
+                        sink = (text + text).size();
+                });
     }
 }
 
@@ -64,16 +63,16 @@ void formatting(int rounds)
     // The same output both ways; the runtime's format is what the engine rewrites to.
     const wchar_t* key = L"EstimatedSize";
     const long long size = 123456789012LL;
-    const double ours = nanosecondsPerRound(rounds, [&](int n) {
-        for (int i = 0; i < n; ++i)
-            sink = String::format(L"%S = %d (%Ld bytes, 0x%08X)", key, i, size, 0xBEEFu).length();
-    });
-    const double baseline = nanosecondsPerRound(rounds, [&](int n) {
-        wchar_t buffer[128];
-        for (int i = 0; i < n; ++i)
-            sink = size_t(_snwprintf(buffer, 128, L"%s = %d (%I64d bytes, 0x%08X)", key, i, size, 0xBEEFu));
-    });
-    report("String::format, 4 conversions", "_snwprintf", ours, baseline);
+    compare("String::format, 4 conversions", "_snwprintf into a buffer", rounds,
+            [&](int n) {
+                for (int i = 0; i < n; ++i)
+                    sink = String::format(L"%S = %d (%Ld bytes, 0x%08X)", key, i, size, 0xBEEFu).length();
+            },
+            [&](int n) {
+                wchar_t buffer[128];
+                for (int i = 0; i < n; ++i)
+                    sink = size_t(_snwprintf(buffer, 128, L"%s = %d (%I64d bytes, 0x%08X)", key, i, size, 0xBEEFu));
+            });
 }
 
 void lookups(int rounds)
@@ -91,31 +90,31 @@ void lookups(int rounds)
         keys.push_back(String(name));
         plainKeys.push_back(name);
     }
-    const double ours = nanosecondsPerRound(rounds, [&](int n) {
-        for (int i = 0; i < n; ++i)
-            sink = values.getString(keys[i % names]).length();
-    });
-    const double baseline = nanosecondsPerRound(rounds, [&](int n) {
-        for (int i = 0; i < n; ++i)
-            sink = map.find(plainKeys[i % names])->second.size();
-    });
-    report("MemoryValues getString, 64 names", "unordered_map", ours, baseline);
-    const double hasOurs = nanosecondsPerRound(rounds, [&](int n) {
-        for (int i = 0; i < n; ++i)
-            sink = values.hasValue(keys[i % names]);
-    });
-    const double hasBaseline = nanosecondsPerRound(rounds, [&](int n) {
-        for (int i = 0; i < n; ++i)
-            sink = map.count(plainKeys[i % names]);
-    });
-    report("MemoryValues hasValue, 64 names", "unordered_map", hasOurs, hasBaseline);
+    compare("MemoryValues getString, 64 names", "unordered_map find", rounds,
+            [&](int n) {
+                for (int i = 0; i < n; ++i)
+                    sink = values.getString(keys[i % names]).length();
+            },
+            [&](int n) {
+                for (int i = 0; i < n; ++i)
+                    sink = map.find(plainKeys[i % names])->second.size();
+            });
+    compare("MemoryValues hasValue, 64 names", "unordered_map count", rounds,
+            [&](int n) {
+                for (int i = 0; i < n; ++i)
+                    sink = values.hasValue(keys[i % names]);
+            },
+            [&](int n) {
+                for (int i = 0; i < n; ++i)
+                    sink = map.count(plainKeys[i % names]);
+            });
 }
 
 }  // namespace
 
 int main()
 {
-    const int rounds = 200000;
+    const int rounds = 50000;
     copiesAndConcatenation(rounds);
     formatting(rounds / 4);
     lookups(rounds);

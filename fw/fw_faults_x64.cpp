@@ -12,24 +12,28 @@
 // address, and the personality looks at the byte before it, which lies in the
 // faulting instruction, so the handler regions of -fnon-call-exceptions cover it.
 //
-// The raising function is entered with the stack pointer that the fault left, less
-// the pushed address. In code built by gcc the stack pointer of a function's body
-// stays 16-byte aligned, so the raiser sees the alignment of an ordinary call.
+// A function is entered with its stack pointer 8 past a multiple of 16, and the
+// system's routines that the dump uses depend on it. The body of a function built
+// by gcc keeps it a multiple of 16, so the pushed address gives the raiser that; a
+// fault where it is not (at a function's first instruction, say) gets the address
+// pushed a second time. The unwinder then meets the faulting function twice: the
+// second time as a function whose frame is already gone, which has nothing to run.
+//
+// The raiser walks its dump from the context of the faulting function: its own,
+// captured, unwound one frame.
 #include "fw/fw_faults.h"
 
 #include "fw/fw_raise.h"
-#include "fw/fw_stack_dump.h"
 
 #include <windows.h>
 
 extern "C" {
 // Where the handler sends the faulting thread: pushes the faulting instruction + 1
-// (in r8) as a return address and jumps to fw_fault_raise, whose first three
-// arguments are already in rcx, rdx and r8; the fourth, r9, is the slot of that
-// return address.
+// (in r8) as a return address and jumps to fw_fault_raise, whose arguments are
+// already in rcx, rdx and r8.
 void fw_fault_entry();
-[[noreturn]] __attribute__((used)) void fw_fault_raise(uint64_t row, uint64_t address, uint64_t instruction,
-                                                        const void* slot);
+[[noreturn]] __attribute__((used, noinline)) void fw_fault_raise(uint64_t row, uint64_t address,
+                                                                  uint64_t instruction);
 }
 
 __asm__(".text\n"
@@ -37,15 +41,25 @@ __asm__(".text\n"
         "fw_fault_entry:\n"
         "    pushq %r8\n"
         "    addq $1, (%rsp)\n"
-        "    movq %rsp, %r9\n"
-        "    jmp fw_fault_raise\n");
+        "    testq $8, %rsp\n"
+        "    jnz 1f\n"
+        "    pushq (%rsp)\n"
+        "1:  jmp fw_fault_raise\n");
 
 // Entered as if the faulting instruction had called it: the dump starts where the
 // faulting function returns to, as on x86.
-void fw_fault_raise(uint64_t row, uint64_t address, uint64_t instruction, const void* slot)
+void fw_fault_raise(uint64_t row, uint64_t address, uint64_t instruction)
 {
+    CONTEXT faulting;
+    RtlCaptureContext(&faulting);
+    DWORD64 base = 0;
+    if (PRUNTIME_FUNCTION own = RtlLookupFunctionEntry(faulting.Rip, &base, nullptr)) {
+        void* handlerData = nullptr;
+        DWORD64 establisher = 0;
+        RtlVirtualUnwind(UNW_FLAG_NHANDLER, base, faulting.Rip, own, &faulting, &handlerData, &establisher, nullptr);
+    }
     fw_exception_assert* exception =
-        fw_fault_exception(fw_fault{int(row), uintptr_t(address), uintptr_t(instruction)}, slot);
+        fw_fault_exception(fw_fault{int(row), uintptr_t(address), uintptr_t(instruction)}, &faulting);
     fw_raise(exception);
     throw exception;
 }

@@ -52,6 +52,9 @@ struct fw_landing
     fw_fault fault;
     fw_exception_assert* exception;
     std::exception_ptr failure;
+    // The thread's context at the fault, where the processor's landing keeps it
+    // (x86-64: its dump is walked from there).
+    alignas(16) unsigned char faultContext[1280];
 };
 
 // Saves the registers in the landing and returns 0; returns 1 once more when a fault

@@ -6,27 +6,33 @@
 // data names fw_landing_frame_handler as its exception handler: the system asks it
 // during the search for a handler once the frames of the other module, which lie
 // below it, have declined, just as it asks the handlers of any function's frame. For
-// a fault it rewrites the context so that the thread resumes in fw_landing_entry, as
-// if the faulting instruction had called it. There, still in front of the other
-// module's frames, the exception is built (its dump starts at the fault), and the
-// thread jumps back to the landing with its registers as they were; in this
-// module's frame the exception is raised and thrown. The search has ended at the
-// handler's answer, so nothing of the system's dispatch is left behind.
+// a fault it keeps the thread's context at the fault in the landing and rewrites it
+// so that the thread resumes in fw_landing_entry. There, below the other module's
+// frames, which still hold what the dump shows, the exception is built with the dump
+// walked from the kept context; then the thread jumps back to the landing with its
+// registers as they were, and in this module's frame the exception is raised and
+// thrown. The search has ended at the handler's answer, so nothing of the system's
+// dispatch is left behind.
+//
+// fw_landing_entry aligns the stack as a call would (the other module may fault
+// anywhere, with the stack pointer at any multiple of 8), since the system's own
+// routines that the dump uses store to the stack with 16-byte alignment. Nothing
+// unwinds through it: fw_landing_reached catches all and leaves by the jump.
 #include "fw/fw_foreign_call.h"
 
 #include <windows.h>
 
 #include <cstddef>
+#include <cstring>
 
 extern "C" {
 void fw_landing_call_in(fw_landing* landing, void (*thunk)(void*), void* argument);
 EXCEPTION_DISPOSITION fw_landing_frame_handler(EXCEPTION_RECORD* record, void* establisher, CONTEXT* context,
                                                void* dispatch);
-// Where the handler sends the faulting thread: pushes the faulting instruction + 1
-// (r8) as a return address, and calls fw_landing_reached with the landing (rcx) and
-// the slot of that address.
+// Where the handler sends the faulting thread, with the landing in rcx: aligns the
+// stack and goes on in fw_landing_reached.
 void fw_landing_entry();
-[[noreturn]] __attribute__((used)) void fw_landing_reached(fw_landing* landing, const void* slot);
+[[noreturn]] __attribute__((used)) void fw_landing_reached(fw_landing* landing);
 // Back to the landing: the saved registers, and 1 as fw_landing_set's answer.
 [[noreturn]] void fw_landing_jump(const fw_landing* landing);
 }
@@ -111,9 +117,8 @@ __asm__(".text\n"
         "\n"
         ".globl fw_landing_entry\n"
         "fw_landing_entry:\n"
-        "    pushq %r8\n"
-        "    addq $1, (%rsp)\n"
-        "    movq %rsp, %rdx\n"
+        "    andq $-16, %rsp\n"
+        "    subq $8, %rsp\n"
         "    jmp fw_landing_reached\n");
 
 namespace {
@@ -134,18 +139,19 @@ EXCEPTION_DISPOSITION fw_landing_frame_handler(EXCEPTION_RECORD* record, void* e
         return ExceptionContinueSearch;
     fw_landing* landing = *reinterpret_cast<fw_landing**>(static_cast<char*>(establisher) + 32);
     landing->fault = fault;
+    static_assert(sizeof(CONTEXT) <= sizeof landing->faultContext, "the landing keeps a whole context");
+    std::memcpy(landing->faultContext, context, sizeof(CONTEXT));
     context->Rcx = DWORD64(reinterpret_cast<uintptr_t>(landing));
-    context->R8 = DWORD64(fault.instruction);
     context->Rip = DWORD64(reinterpret_cast<uintptr_t>(&fw_landing_entry));
     return ExceptionContinueExecution;
 }
 
-// Runs on the faulting thread in front of the other module's frames, which still
-// hold what the dump shows; nothing may be thrown out of here.
-void fw_landing_reached(fw_landing* landing, const void* slot)
+// Runs on the faulting thread below the other module's frames, which still hold what
+// the dump shows; nothing may be thrown out of here.
+void fw_landing_reached(fw_landing* landing)
 {
     try {
-        landing->exception = fw_fault_exception(landing->fault, slot);
+        landing->exception = fw_fault_exception(landing->fault, landing->faultContext);
     } catch (...) {
         landing->failure = std::current_exception();
     }

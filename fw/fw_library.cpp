@@ -14,7 +14,7 @@
 #include <new>
 
 bool fw_initialized = false;
-fw_hash_table<uint32_t>* fw_settings = nullptr;
+fw_hash_table<uintptr_t>* fw_settings = nullptr;
 char fw_build_stamp[14] = "FWyymmdd-hhmm";
 
 namespace {
@@ -111,10 +111,10 @@ fw_library::fw_library()
     fw_initialized = true;
     try {
         fw_faults_start();
-        fw_settings = new fw_hash_table<uint32_t>();
+        fw_settings = new fw_hash_table<uintptr_t>();
         const fw_string stamp = fw_build_stamp_of(__DATE__, __TIME__);
         std::strncpy(fw_build_stamp, stamp.c_str(), sizeof fw_build_stamp - 1);
-        fw_setting_set("buildtime", uint32_t(reinterpret_cast<uintptr_t>(fw_build_stamp)));
+        fw_setting_set("buildtime", reinterpret_cast<uintptr_t>(fw_build_stamp));
         fw_set_purecall_handler(fw_raise_purecall);
     } catch (...) {
         takeDown();
@@ -133,16 +133,16 @@ void fw_require_initialized()
         stop("FW library must be initialized");
 }
 
-uint32_t fw_setting_get(const char* key)
+uintptr_t fw_setting_get(const char* key)
 {
     fw_require_initialized();
     if (!fw_settings)
         return 0;
-    const fw_hash_table<uint32_t>::iterator found = fw_settings->find(key);
+    const fw_hash_table<uintptr_t>::iterator found = fw_settings->find(key);
     return found == fw_settings->end() ? 0 : fw_settings->at(found).value;
 }
 
-bool fw_setting_set(const char* key, uint32_t value)
+bool fw_setting_set(const char* key, uintptr_t value)
 {
     fw_require_initialized();
     if (!fw_settings)

@@ -43,7 +43,7 @@ public:
 // Set by the bring-up, cleared at the end of the teardown.
 extern bool fw_initialized;
 // The named settings of the layer; null while the layer is down.
-extern fw_hash_table<uint32_t>* fw_settings;
+extern fw_hash_table<uintptr_t>* fw_settings;
 // "FWyymmdd-hhmm": the build's date and time, from the first bring-up on.
 extern char fw_build_stamp[14];
 
@@ -51,10 +51,10 @@ extern char fw_build_stamp[14];
 void fw_require_initialized();
 
 // The value stored under the key, 0 for a key never stored. Requires the layer.
-uint32_t fw_setting_get(const char* key);
+uintptr_t fw_setting_get(const char* key);
 // Stores the value; false if there is no table. The table keeps the key pointer, so
 // the text must outlive the layer: a literal does. Requires the layer.
-bool fw_setting_set(const char* key, uint32_t value);
+bool fw_setting_set(const char* key, uintptr_t value);
 
 // The build stamp for the compiler's date and time texts:
 //   "Feb 20 2013", "11:16:06" -> "FW130220-1116"

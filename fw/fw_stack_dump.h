@@ -28,8 +28,8 @@
 // `frame` null means the frame of the function that calls this one, so the first
 // address is where that function returns to. Otherwise it names another function's
 // frame in the processor's terms, and the first address is where that function
-// returns to: on x86 its frame record, on x86-64 the stack slot of a return address
-// into it (as a fault's raiser has, entered as if the faulting instruction called).
+// returns to: on x86 its frame record, on x86-64 a CONTEXT of the thread in it
+// (as the fault handling has; the walk needs the registers that frames restore).
 fw_string fw_stack_dump(const void* frame);
 
 // The parts of the text, shared by the walks of both architectures: the module and

@@ -55,27 +55,25 @@ bool unwind(CONTEXT& context, const thread_stack& stack)
 
 }  // namespace
 
-// `frame`, when given, is the stack slot of a return address into a function of this
-// thread's chain of calls: the dump starts where that function returns to.
+// `frame`, when given, is a context of this thread in some function of its chain of
+// calls: the dump starts where that function returns to.
 __attribute__((noinline)) fw_string fw_stack_dump(const void* frame)
 {
     fw_string text;
     const thread_stack stack;
     try {
         CONTEXT context;
-        RtlCaptureContext(&context);
-        // Null: the first address is where our caller returns to, as with a frame
-        // record; so this function's own return is passed over.
-        bool skipOwn = frame == nullptr;
+        if (frame) {
+            context = *static_cast<const CONTEXT*>(frame);
+        } else {
+            // Captured here, then one frame up: in the caller, whose return address
+            // comes first, as with a frame record.
+            RtlCaptureContext(&context);
+            if (!unwind(context, stack))
+                return fw_stack_dump_text(text);
+        }
         bool first = true;
         while (unwind(context, stack) && context.Rip >= fw_stack_dump_lowest_code) {
-            const uintptr_t slot = uintptr_t(context.Rsp - 8);
-            if (skipOwn) {
-                skipOwn = false;
-                continue;
-            }
-            if (frame && slot <= reinterpret_cast<uintptr_t>(frame))
-                continue;
             if (first)
                 fw_stack_dump_module(text, uintptr_t(context.Rip));
             first = false;

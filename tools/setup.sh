@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs everything the build, the demo and the tests need on a Debian 12 machine:
-# the i686 mingw-w64 cross compiler, CMake and Ninja, GoogleTest's sources, Wine with its
+# the i686 and x86-64 mingw-w64 cross compilers, CMake and Ninja, GoogleTest's sources, Wine with its
 # 32-bit modules (wow64 mode), wixl to build installer packages, and Xvfb for message boxes.
 # Safe to run again: each step is skipped when its result is already there.
 set -euo pipefail
@@ -9,7 +9,7 @@ SUDO=""
 if [ "$(id -u)" != 0 ]; then SUDO=sudo; fi
 
 need=()
-for pkg in g++-mingw-w64-i686 mingw-w64-tools cmake ninja-build googletest wine64 wixl xvfb xauth; do
+for pkg in g++-mingw-w64-i686 g++-mingw-w64-x86-64 mingw-w64-tools cmake ninja-build googletest wine64 wixl xvfb xauth; do
     dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q "install ok installed" || need+=("$pkg")
 done
 if [ ${#need[@]} -gt 0 ]; then

@@ -3,6 +3,7 @@
 // judges the actions by what they left in the registry.
 #include "support/Clock.h"
 #include "support/Installer.h"
+#include "support/Processor.h"
 #include "support/MailClient.h"
 #include "support/MessageBoxWatcher.h"
 #include "support/ScratchLog.h"
@@ -207,7 +208,8 @@ TEST_F(InstallTest, SetDomainWithAMalformedUpgradeCodeFailsTheInstallation)
 // which has no files. SetApplicationSize after InstallFinalize overwrites it with the
 // size; a size too large for 32 bits leaves the engine's. The action runs again on
 // removal, after the engine has deleted the entry, and does not bring it back.
-TEST_F(InstallTest, SetApplicationSizeAfterInstallFinalizeWritesTheSizeIntoThe32BitUninstallEntry)
+// The package has the DLL's bitness, and so does the view of its entry.
+TEST_F(InstallTest, SetApplicationSizeAfterInstallFinalizeWritesTheSizeIntoTheUninstallEntryOfItsView)
 {
     struct Row {
         const wchar_t* properties;
@@ -223,14 +225,14 @@ TEST_F(InstallTest, SetApplicationSizeAfterInstallFinalizeWritesTheSizeIntoThe32
         const std::string name = row.properties[0] ? narrow(row.properties) : "ApplicationSize=12345";
         removeIfInstalled(package);
         EXPECT_EQ(0u, installQuietly(package, row.properties)) << name;
-        EXPECT_FALSE(registryKeyExists(HKEY_LOCAL_MACHINE, entry, KEY_WOW64_64KEY)) << name;
+        EXPECT_FALSE(registryKeyExists(HKEY_LOCAL_MACHINE, entry, processor::otherView)) << name;
         DWORD size = 99;
-        EXPECT_TRUE(readRegistryDword(HKEY_LOCAL_MACHINE, entry, L"EstimatedSize", size, KEY_WOW64_32KEY))
-            << name << ": no REG_DWORD in the 32-bit view's entry";
+        EXPECT_TRUE(readRegistryDword(HKEY_LOCAL_MACHINE, entry, L"EstimatedSize", size, processor::ownView))
+            << name << ": no REG_DWORD in the entry of the package's view";
         EXPECT_EQ(row.estimatedSize, size) << name;
 
         EXPECT_EQ(0u, uninstallQuietly(package)) << name;
-        EXPECT_FALSE(registryKeyExists(HKEY_LOCAL_MACHINE, entry, KEY_WOW64_32KEY)) << name;
+        EXPECT_FALSE(registryKeyExists(HKEY_LOCAL_MACHINE, entry, processor::ownView)) << name;
     }
 }
 
@@ -244,7 +246,7 @@ TEST_F(InstallTest, SetApplicationSizeBeforeInstallFinalizeLeavesTheEnginesSize)
     removeIfInstalled(package);
     EXPECT_EQ(0u, installQuietly(package));
     DWORD size = 99;
-    EXPECT_TRUE(readRegistryDword(HKEY_LOCAL_MACHINE, entry, L"EstimatedSize", size, KEY_WOW64_32KEY));
+    EXPECT_TRUE(readRegistryDword(HKEY_LOCAL_MACHINE, entry, L"EstimatedSize", size, processor::ownView));
     EXPECT_EQ(0u, size);
     EXPECT_EQ(0u, uninstallQuietly(package));
 }

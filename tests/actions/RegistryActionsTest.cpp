@@ -6,6 +6,7 @@
 #include "support/ActionLibrary.h"
 #include "support/ExpectThrown.h"
 #include "support/InstallerSession.h"
+#include "support/Processor.h"
 #include "support/ScratchKey.h"
 #include "support/ScratchLog.h"
 #include "support/TextHelpers.h"
@@ -139,7 +140,8 @@ TEST_F(RegistryActionsTest, SetApplicationSizeWritesOnlyIntoAnExistingEntry)
         {L"-1", false, 0},            {L"+5", false, 0},        {L"0x10", false, 0},
     };
     for (const Row& row : rows) {
-        ScratchKey entry(HKEY_LOCAL_MACHINE, uninstallPath + productCode, KEY_WOW64_32KEY);
+        // The entry in the view of the DLL's own bitness, as the engine makes it.
+        ScratchKey entry(HKEY_LOCAL_MACHINE, uninstallPath + productCode, processor::ownView);
         InstallerSession session(Properties{{L"ProductCode", productCode}});
         session.setProperty(L"ApplicationSize", row.size);
         EXPECT_EQ(0u, dll.call("SetApplicationSize", session.handle()));
@@ -160,19 +162,19 @@ TEST_F(RegistryActionsTest, SetApplicationSizeWritesOnlyIntoAnExistingEntry)
     EXPECT_FALSE(keyExists(HKEY_LOCAL_MACHINE, uninstallPath + missing, KEY_WOW64_32KEY));
     EXPECT_FALSE(keyExists(HKEY_LOCAL_MACHINE, uninstallPath + missing, KEY_WOW64_64KEY));
 
-    // An entry in the 64-bit view only is not the one the action sees.
+    // An entry in the other view only is not the one the action sees.
     {
-        ScratchKey wide(HKEY_LOCAL_MACHINE, uninstallPath + productCode, KEY_WOW64_64KEY);
+        ScratchKey other(HKEY_LOCAL_MACHINE, uninstallPath + productCode, processor::otherView);
         InstallerSession session(Properties{{L"ProductCode", productCode}, {L"ApplicationSize", L"10"}});
         EXPECT_EQ(0u, dll.call("SetApplicationSize", session.handle()));
         DWORD value = 0;
-        EXPECT_FALSE(wide.readDword(L"EstimatedSize", value));
-        EXPECT_FALSE(keyExists(HKEY_LOCAL_MACHINE, uninstallPath + productCode, KEY_WOW64_32KEY));
+        EXPECT_FALSE(other.readDword(L"EstimatedSize", value));
+        EXPECT_FALSE(keyExists(HKEY_LOCAL_MACHINE, uninstallPath + productCode, processor::ownView));
     }
 
     // A product code with a bracket counts as having no entry.
     const std::wstring bracketed = L"{0F1E2D3C-4B5A-4968-8776-A5B4C3D2E1F[}";
-    ScratchKey strange(HKEY_LOCAL_MACHINE, uninstallPath + bracketed, KEY_WOW64_32KEY);
+    ScratchKey strange(HKEY_LOCAL_MACHINE, uninstallPath + bracketed, processor::ownView);
     InstallerSession session(Properties{{L"ProductCode", bracketed}, {L"ApplicationSize", L"10"}});
     EXPECT_EQ(0u, dll.call("SetApplicationSize", session.handle()));
     DWORD value = 0;

@@ -54,13 +54,19 @@ TEST_F(fw_hash_tableTest, GrowingAddsChunksAndNeverMovesAnEntry)
         uint32_t chunks;
         uint32_t buckets;
     };
-    // 2040 * 51 / 128 = 812 -> 1543; 3060 -> 1219, still 1543; 4080 -> 1625 -> 3079.
-    const Step steps[] = {{1020, 1, 769}, {1021, 2, 1543}, {2040, 2, 1543}, {2041, 3, 1543}, {3061, 4, 3079}, {5000, 5, 3079}};
+    // A chunk is 8160 bytes of entries: 1020 of 8 bytes on x86, 510 of 16 on x86-64.
+    // x86: 2040 * 51 / 128 = 812 -> 1543; 3060 -> 1219, still 1543; 4080 -> 1625 -> 3079.
+    // x86-64: 510 -> 203 -> 389; 1020 -> 406 -> 769; 1530 -> 609, still 769; 2040 -> 1543.
+    const Step x86[] = {{1020, 1, 769}, {1021, 2, 1543}, {2040, 2, 1543}, {2041, 3, 1543}, {3061, 4, 3079}, {5000, 5, 3079}};
+    const Step x64[] = {{510, 1, 389}, {511, 2, 769}, {1020, 2, 769}, {1021, 3, 769}, {1531, 4, 1543}, {2500, 5, 1543}};
+    const bool wide = sizeof(void*) == 8;
+    const uint32_t perChunk = wide ? 510 : 1020;
+    const Step(&steps)[6] = wide ? x64 : x86;
     for (const Step& step : steps) {
         while (indexes.size() < step.entries)
             indexes.push_back(table.set(key(uint32_t(indexes.size())), uint32_t(indexes.size()) * 7));
         EXPECT_EQ(step.chunks, table.chunk_count()) << step.entries;
-        EXPECT_EQ(step.chunks * 1020, table.capacity_count()) << step.entries;
+        EXPECT_EQ(step.chunks * perChunk, table.capacity_count()) << step.entries;
         EXPECT_EQ(step.buckets, table.bucket_count()) << step.entries;
         EXPECT_EQ(step.entries, table.size());
         for (uint32_t i = 0; i < step.entries; ++i) {
@@ -71,9 +77,10 @@ TEST_F(fw_hash_tableTest, GrowingAddsChunksAndNeverMovesAnEntry)
         }
     }
     // Overwriting all of them adds nothing.
-    for (uint32_t i = 0; i < 5000; ++i)
+    const uint32_t all = steps[5].entries;
+    for (uint32_t i = 0; i < all; ++i)
         ASSERT_EQ(indexes[i], table.set(key(i), i));
-    EXPECT_EQ(5000u, table.size());
+    EXPECT_EQ(all, table.size());
     EXPECT_EQ(5u, table.chunk_count());
 
     table.clear();
@@ -81,8 +88,8 @@ TEST_F(fw_hash_tableTest, GrowingAddsChunksAndNeverMovesAnEntry)
     EXPECT_TRUE(table.find(key(0)) == table.end());
     table.set(key(1), 11);
     EXPECT_EQ(11u, table.at(table.find(key(1))).value);
-    EXPECT_EQ(1020u, table.capacity_count());
-    EXPECT_EQ(769u, table.bucket_count());
+    EXPECT_EQ(perChunk, table.capacity_count());
+    EXPECT_EQ(steps[0].buckets, table.bucket_count());
 }
 
 TEST_F(fw_hash_tableTest, TheHashReadsBytesAsUnsigned)

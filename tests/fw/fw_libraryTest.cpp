@@ -3,6 +3,7 @@
 #include "fw/fw_faults.h"
 #include "fw/fw_purecall.h"
 #include "fw/fw_raise.h"
+#include "support/Exhaustion.h"
 #include "support/ExpectThrown.h"
 #include "support/Faults.h"
 
@@ -33,16 +34,7 @@ bool isStamp(const std::string& stamp)
     return true;
 }
 
-// Large enough that no 32-bit heap gives it; volatile, so the compiler cannot
-// judge the request, and kept, so it cannot drop the allocation.
-volatile size_t tooMuch = 0x7FFFFFF0;
-char* volatile kept = nullptr;
-
-void allocateTooMuch()
-{
-    kept = new char[tooMuch];
-    delete[] kept;
-}
+using exhaustion::allocateTooMuch;
 
 }  // namespace
 

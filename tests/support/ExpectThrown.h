@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 #include <typeinfo>
 
 template <class E, class Body>
@@ -31,4 +32,18 @@ std::unique_ptr<E> expectThrown(Body body)
     }
     ADD_FAILURE() << "nothing was thrown, wanted " << typeid(E).name();
     return nullptr;
+}
+
+// The class of what body throws, by its type name, the object deleted: for tables
+// whose rows each name the exact class they expect ("nothing" when nothing was).
+template <class Body>
+std::string thrownClass(Body body)
+{
+    try {
+        body();
+    } catch (fw_exception* raw) {
+        std::unique_ptr<fw_exception> thrown(raw);
+        return typeid(*raw).name();
+    }
+    return "nothing";
 }

@@ -3,8 +3,6 @@
 #include <msiquery.h>
 #include <objbase.h>
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
 #include <vector>
 

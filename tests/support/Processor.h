@@ -1,6 +1,6 @@
 // What the tests must know of the processor, in one place: the instruction and frame
 // registers of a context, the head of the thread's SEH chain, the registers that
-// calls keep, and how wide an address is in a dump. One implementation file per
+// calls keep, the program's own registry view, and how wide an address is in a dump. One implementation file per
 // architecture (Processor_x86.cpp, Processor_x64.cpp).
 #pragma once
 #include <windows.h>
@@ -22,6 +22,10 @@ void* exceptionChainHead();
 // Calls `function` with known values in the registers that calls keep, and says
 // whether each came back as it was.
 bool keepsRegisters(void (*function)());
+
+// The registry view of a program of this bitness, and the other one.
+const REGSAM ownView = sizeof(void*) == 8 ? KEY_WOW64_64KEY : KEY_WOW64_32KEY;
+const REGSAM otherView = sizeof(void*) == 8 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
 
 // The digits of an address in a stack dump: 8 on x86, 16 on x86-64.
 const size_t addressDigits = 2 * sizeof(void*);

@@ -9,7 +9,8 @@
 //                          every check in msvcrt ends in its exported
 //                          _invalid_parameter: its entry is redirected to the handler
 //   allocation failure     _set_new_handler and _set_new_mode exist under their C++
-//                          export names only, and are looked up by those
+//                          export names only (which differ by processor), and are
+//                          looked up by those
 //   abort behaviour        no _set_abort_behavior. The error mode of _set_error_mode
 //                          (Crt.cpp sets _OUT_TO_STDERR) sends msvcrt's reports, those
 //                          of abort and of a failed assertion, to the console and the
@@ -18,11 +19,13 @@
 //                          that has neither, such as the installer's host, says
 //                          nothing. silentAbort() is abort without even that line
 //
-// A handler that msvcrt calls runs on top of msvcrt's frames, and this module's
-// unwinder knows only its own unwind tables: an exception thrown there would end in
-// terminate. So the installation also registers msvcrt's own .eh_frame section with
-// this module's unwinder, and a handler's exception then reaches the caller of the
-// runtime function, with every destructor on the way run.
+// A handler that msvcrt calls runs on top of msvcrt's frames. On x86 this module's
+// unwinder knows only its own unwind tables, and an exception thrown there would end
+// in terminate, so the installation also registers msvcrt's own .eh_frame section
+// with it; on x86-64 the system's unwinder, which reads every module's unwind data,
+// needs nothing. Either way a handler's exception reaches the caller of the runtime
+// function, with every destructor on the way run (RuntimeImage.h has the processor's
+// parts: these tables, the jump of the redirect, the export names).
 //
 // Everything installed is taken back when the module unloads: the redirect points
 // into this module's code. Several modules that link this layer (a program and the

@@ -9,9 +9,9 @@
 // A key opened as "Software\Test" under it has the name "Software\Test" and the path
 // "HKEY_LOCAL_MACHINE\Software\Test". A sub-key text may hold several names.
 //
-// Views: a 32-bit program sees the 32-bit view of HKEY_LOCAL_MACHINE\Software by
-// default; use64BitView() adds KEY_WOW64_64KEY to every access this object asks for
-// (objects opened from it start again without it).
+// Views: a program sees the view of its own bitness of HKEY_LOCAL_MACHINE\Software by
+// default; use64BitView() adds KEY_WOW64_64KEY, use32BitView() KEY_WOW64_32KEY, to
+// every access this object asks for (objects opened from it start again without).
 //
 // Closing flushes first, so that written values reach the disk; a failed flush throws
 // and leaves the key open. The destructor closes an owned key. An empty name is passed
@@ -29,6 +29,7 @@ const uint32_t readAccess = 0x20019;       // KEY_READ
 const uint32_t writeAccess = 0x2001F;      // KEY_READ, KEY_SET_VALUE, KEY_CREATE_SUB_KEY
 const uint32_t createAccess = 0xF003F;     // KEY_ALL_ACCESS
 const uint32_t view64Flag = 0x100;         // KEY_WOW64_64KEY
+const uint32_t view32Flag = 0x200;         // KEY_WOW64_32KEY
 
 class RegistryKey
 {
@@ -54,6 +55,7 @@ public:
     String name() const;
     String path() const;
     void use64BitView() { viewFlags = view64Flag; }
+    void use32BitView() { viewFlags = view32Flag; }
     bool hasKey() const { return hKey != nullptr; }
 
     // True for a value of any type and size.

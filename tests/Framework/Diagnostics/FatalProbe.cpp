@@ -8,6 +8,7 @@
 #include "Framework/Log/Logger.h"
 #include "fw/fw_exception.h"
 #include "fw/fw_library.h"
+#include "support/Exhaustion.h"
 
 #include <windows.h>
 
@@ -94,13 +95,10 @@ int main(int argc, char** argv)
         });
     }
     if (way == "memory") {
-        return expectCaught<fw_exception_memory>("fw_exception_memory", [] {
-            char* volatile block = new char[0x7FFFFFF0u];
-            delete[] block;
-        });
+        return expectCaught<fw_exception_memory>("fw_exception_memory", exhaustion::allocateTooMuch);
     }
     if (way == "malloc") {
-        void* volatile block = std::malloc(0x7FFFFFF0u);
+        void* volatile block = std::malloc(exhaustion::tooMuch());
         std::printf(block ? "malloc gave a block\n" : "malloc gave null\n");
         std::free(block);
         return 0;

@@ -204,7 +204,7 @@ TEST(StackDumpTest, TwoThreadsDumpingAtOnceGetWholeDumps)
             const std::vector<std::string> lines = dumpLines(dumpAtEvenDepth(6));
             bool whole = lines.size() >= 9 && lines[0] == "Stack dump:";
             for (size_t j = 3; j < lines.size(); ++j)
-                whole = whole && startsWithAddress(lines[j]) && lines[j].size() == 8;
+                whole = whole && startsWithAddress(lines[j]) && lines[j].size() == addressDigits;
             if (!whole)
                 ++broken;
         }

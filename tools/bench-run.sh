@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# The Wine half of tools/bench.sh, for one build tree: bench-run.sh BUILD (run where
+# Wine runs that tree's programs). Runs every benchmark in the tree's prefix and
+# prints their lines.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=$1
+"$root/tools/wine-prefix" start "$build/wineprefix" > /dev/null
+export WINEPREFIX=$build/wineprefix
+for bench in text_layer_bench io_layer_bench log_bench ini_bench exception_bench symbols/exception_bench action_bench; do
+    [ -f "$build/$bench.exe" ] || continue
+    "$root/tools/wine-run" "$build/$bench.exe" || echo "bench-run: $bench failed with $?" >&2
+done
+"$root/tools/wine-prefix" stop "$build/wineprefix"
