@@ -10,8 +10,8 @@
 
 using Framework::String;
 
-CustomAction::CustomAction(MSIHANDLE hInstall, const char* actionName)
-    : hInstall(hInstall), sessionLog(hInstall, actionName), installerLogBinding(sessionLog)
+CustomAction::CustomAction(MSIHANDLE session, const char* actionName)
+    : hInstall(session), sessionLog(session, actionName), installerLogBinding(sessionLog)
 {
 }
 
@@ -39,7 +39,9 @@ String CustomAction::getProperty(const String& name) const
     MsiGetPropertyW(hInstall, name.c_str(), nullptr, &length);
     length += 1;
     String value(static_cast<uint32_t>(length));
-    // A fresh string is private, so its characters may be written directly.
+    // A fresh string is private, so its characters may be written directly. A call
+    // that fails writes nothing: the text starts empty, not with what the heap held.
+    value.refAt(0) = 0;
     MsiGetPropertyW(hInstall, name.c_str(), &value.refAt(0), &length);
     value.trimAtZero();
     return value;

@@ -9,8 +9,8 @@
 
 using Framework::String;
 
-SessionLog::SessionLog(MSIHANDLE hInstall, const char* actionName)
-    : hInstall(hInstall), heading(String(L"WixKorvalin ") + String(actionName) + String(L": "))
+SessionLog::SessionLog(MSIHANDLE session, const char* actionName)
+    : hInstall(session), heading(String(L"WixKorvalin ") + String(actionName) + String(L": "))
 {
 }
 

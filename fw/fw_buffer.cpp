@@ -5,13 +5,6 @@
 
 #include <windows.h>
 #include <cstring>
-#include <new>
-
-struct fw_buffer::block_header
-{
-    volatile LONG refCount;
-    uint8_t bytes[1];
-};
 
 namespace {
 
@@ -25,53 +18,25 @@ uint32_t fw_buffer::block_size_for(uint32_t capacity)
     return fw_block_size(capacity + 4);
 }
 
-fw_buffer::fw_buffer() : block(nullptr), sizeField(0), capacityField(0) {}
+fw_buffer::fw_buffer() : sizeField(0), capacityField(0) {}
 
-fw_buffer::fw_buffer(const fw_buffer& other)
-    : block(other.block), sizeField(other.sizeField), capacityField(other.capacityField)
-{
-    if (block)
-        InterlockedIncrement(&block->refCount);
-}
+fw_buffer::fw_buffer(const fw_buffer& other) = default;
 
 fw_buffer::fw_buffer(const void* bytes, uint32_t size) : fw_buffer()
 {
     assign(bytes, size);
 }
 
-fw_buffer::~fw_buffer()
-{
-    release();
-}
+fw_buffer::~fw_buffer() = default;
 
 void fw_buffer::release()
 {
-    if (block && InterlockedDecrement(&block->refCount) == 0)
-        ::operator delete(block);
-    block = nullptr;
+    block.release();
     sizeField = 0;
     capacityField = 0;
 }
 
-bool fw_buffer::holds(const void* bytes) const
-{
-    if (!block)
-        return false;
-    const uintptr_t at = reinterpret_cast<uintptr_t>(bytes);
-    return at >= reinterpret_cast<uintptr_t>(block->bytes) &&
-           at < reinterpret_cast<uintptr_t>(block->bytes) + capacityField;
-}
-
-fw_buffer& fw_buffer::operator=(const fw_buffer& other)
-{
-    if (other.block)
-        InterlockedIncrement(&other.block->refCount);
-    release();
-    block = other.block;
-    sizeField = other.sizeField;
-    capacityField = other.capacityField;
-    return *this;
-}
+fw_buffer& fw_buffer::operator=(const fw_buffer& other) = default;
 
 void fw_buffer::assign(const void* bytes, uint32_t size)
 {
@@ -79,11 +44,11 @@ void fw_buffer::assign(const void* bytes, uint32_t size)
         release();
         return;
     }
-    fw_buffer keep;  // bytes from our own block must outlive the new block's making
+    fw_shared_block keep;  // bytes from our own block must outlive the new block's making
     if (holds(bytes))
-        keep = *this;
+        keep = block;
     reserve(size, false);
-    std::memmove(block->bytes, bytes, size);
+    std::memmove(block.payload(), bytes, size);
     sizeField = size;
 }
 
@@ -93,14 +58,14 @@ void fw_buffer::append(const void* bytes, uint32_t size)
         return;
     FW_ASSERT(size <= fw_block_capacity_limit - sizeField);
     const bool inside = holds(bytes);
-    const uint32_t offset = inside ? uint32_t(static_cast<const uint8_t*>(bytes) - block->bytes) : 0;
-    fw_buffer keep;
+    const uint32_t offset = inside ? uint32_t(static_cast<const uint8_t*>(bytes) - block.payload()) : 0;
+    fw_shared_block keep;
     if (inside)
-        keep = *this;
+        keep = block;
     const uint32_t old = sizeField;
     reserve(old + size, true);
-    const uint8_t* source = inside ? keep.block->bytes + offset : static_cast<const uint8_t*>(bytes);
-    std::memmove(block->bytes + old, source, size);
+    const uint8_t* source = inside ? keep.payload() + offset : static_cast<const uint8_t*>(bytes);
+    std::memmove(block.payload() + old, source, size);
     sizeField = old + size;
 }
 
@@ -109,18 +74,12 @@ void fw_buffer::reserve(uint32_t n, bool keepBytes)
     FW_ASSERT(n <= fw_block_capacity_limit);
     const uint32_t blockSize = block_size_for(n);
     const uint32_t newCapacity = blockSize - 4;
-    if (block && newCapacity <= capacityField && block->refCount < 2)
+    if (block.sole() && newCapacity <= capacityField)
         return;
     uint32_t kept = keepBytes ? sizeField : 0;
     if (kept > newCapacity)
         kept = newCapacity;
-    fw_buffer holder(*this);
-    release();
-    auto* fresh = static_cast<block_header*>(::operator new(blockSize));
-    fresh->refCount = 1;
-    if (kept)
-        std::memcpy(fresh->bytes, holder.block->bytes, kept);
-    block = fresh;
+    block.renew(blockSize, kept);
     sizeField = kept;
     capacityField = newCapacity;
 }
@@ -134,7 +93,7 @@ void fw_buffer::resize(uint32_t n)
     const uint32_t old = sizeField;
     reserve(n, true);
     if (n > old)
-        std::memset(block->bytes + old, 0, n - old);
+        std::memset(block.payload() + old, 0, n - old);
     sizeField = n;
 }
 
@@ -145,13 +104,13 @@ void fw_buffer::clear()
 
 const uint8_t* fw_buffer::data() const
 {
-    return block ? block->bytes : noBytes;
+    return block.exists() ? block.payload() : noBytes;
 }
 
 uint8_t* fw_buffer::writable()
 {
     reserve(capacityField, true);
-    return block->bytes;
+    return block.payload();
 }
 
 bool fw_buffer::operator==(const fw_buffer& other) const

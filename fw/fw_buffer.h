@@ -12,6 +12,8 @@
 //   RegQueryValueExA(key, name, 0, &type, b.writable(), &size);
 //   b.resize(size);                       // what it actually wrote
 #pragma once
+#include "fw/fw_shared_block.h"
+
 #include <cstdint>
 
 class fw_buffer
@@ -52,11 +54,10 @@ public:
     static uint32_t block_size_for(uint32_t capacity);
 
 private:
-    struct block_header;
-    block_header* block;
+    fw_shared_block block;
     uint32_t sizeField;
     uint32_t capacityField;
 
     void release();
-    bool holds(const void* bytes) const;
+    bool holds(const void* bytes) const { return block.holds(bytes, capacityField); }
 };

@@ -23,8 +23,8 @@ fw_string joined(const fw_string& message, const fw_string& detail)
 
 }  // namespace
 
-fw_exception::fw_exception(const fw_string& message, const fw_string& stackDump)
-    : messageText(message), stackDump(stackDump)
+fw_exception::fw_exception(const fw_string& message, const fw_string& stack)
+    : messageText(message), stackDump(stack)
 {
     ++fw_exception_nesting;
 }
@@ -72,9 +72,9 @@ void fw_exception::setDetails(const fw_string& text)
 
 // The stack dump is taken here, so that its first address is where the exception is
 // made, not somewhere inside the family.
-fw_exception_assert::fw_exception_assert(const fw_string& location, const fw_string& message,
-                                         const fw_string& detail, const fw_string& extra)
-    : fw_exception(joined(message, detail), fw_stack_dump(nullptr)), location(location), extra(extra)
+fw_exception_assert::fw_exception_assert(const fw_string& where, const fw_string& message,
+                                         const fw_string& detail, const fw_string& more)
+    : fw_exception(joined(message, detail), fw_stack_dump(nullptr)), location(where), extra(more)
 {
 }
 

@@ -1,6 +1,7 @@
 #include "fw/fw_registry_path.h"
 
 #include "fw/fw_assert.h"
+#include "fw/fw_buffer.h"
 
 namespace {
 
@@ -11,7 +12,7 @@ const HKEY rootHandles[3] = {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER, nullptr};
 class fw_registry_key
 {
 public:
-    explicit fw_registry_key(const fw_registry_path* path) : path(path) {}
+    explicit fw_registry_key(const fw_registry_path* owner) : path(owner) {}
     ~fw_registry_key() { close(); }
     fw_registry_key(const fw_registry_key&) = delete;
     fw_registry_key& operator=(const fw_registry_key&) = delete;
@@ -92,11 +93,12 @@ bool fw_registry_path::readString(const fw_string& subKey, const fw_string& valu
         result = fw_string();
         return true;
     }
-    fw_string buffer{uint32_t(size)};
-    if (RegQueryValueExA(key.get(), name, nullptr, &type, reinterpret_cast<BYTE*>(buffer.writable()), &size) !=
-        ERROR_SUCCESS)
+    fw_buffer bytes;
+    bytes.resize(size);
+    if (RegQueryValueExA(key.get(), name, nullptr, &type, bytes.writable(), &size) != ERROR_SUCCESS)
         return false;
+    bytes.resize(size);
     // The bytes read, whether or not the value carries its terminator.
-    result = fw_string(buffer.c_str(), uint32_t(size));
+    result = fw_string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     return true;
 }

@@ -22,7 +22,7 @@ public:
     enum : uint32_t { local_machine = 0, current_user = 1, none = 2 };
 
     // An index past the table names no hive, like `none`.
-    explicit fw_registry_root(uint32_t index = none) : index(index) {}
+    explicit fw_registry_root(uint32_t tableRow = none) : index(tableRow) {}
 
     // Null for `none`.
     HKEY handle() const;
@@ -35,7 +35,7 @@ private:
 class fw_registry_path
 {
 public:
-    fw_registry_path(fw_registry_root root, const fw_string& basePath) : base(basePath), root(root) {}
+    fw_registry_path(fw_registry_root hive, const fw_string& basePath) : base(basePath), root(hive) {}
     virtual ~fw_registry_path() = default;
 
     // Reads the REG_SZ value `valueName` (empty: the key's default value) of the key

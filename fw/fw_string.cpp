@@ -5,13 +5,6 @@
 
 #include <windows.h>
 #include <cstring>
-#include <new>
-
-struct fw_string::block_header
-{
-    volatile LONG refCount;
-    char text[1];
-};
 
 namespace {
 
@@ -30,13 +23,9 @@ uint32_t fw_string::block_size_for(uint32_t capacity)
     return fw_block_size(capacity + 5);
 }
 
-fw_string::fw_string() : block(nullptr), capacityField(0) {}
+fw_string::fw_string() : capacityField(0) {}
 
-fw_string::fw_string(const fw_string& other) : block(other.block), capacityField(other.capacityField)
-{
-    if (block)
-        InterlockedIncrement(&block->refCount);
-}
+fw_string::fw_string(const fw_string& other) = default;
 
 fw_string::fw_string(const char* text) : fw_string()
 {
@@ -58,42 +47,19 @@ fw_string::fw_string(char c, uint32_t count) : fw_string()
     if (c == 0 || count == 0)
         return;
     reserve(count, false);
-    std::memset(block->text, c, count);
-    block->text[count] = 0;
+    std::memset(chars(), c, count);
+    chars()[count] = 0;
 }
 
-fw_string::~fw_string()
-{
-    release();
-}
+fw_string::~fw_string() = default;
 
 void fw_string::release()
 {
-    if (block && InterlockedDecrement(&block->refCount) == 0)
-        ::operator delete(block);
-    block = nullptr;
+    block.release();
     capacityField = 0;
 }
 
-// True when `text` points into this string's block, header included.
-bool fw_string::holds(const char* text) const
-{
-    if (!block)
-        return false;
-    const uintptr_t at = reinterpret_cast<uintptr_t>(text);
-    const uintptr_t start = reinterpret_cast<uintptr_t>(block);
-    return at >= start && at <= reinterpret_cast<uintptr_t>(block->text) + capacityField;
-}
-
-fw_string& fw_string::operator=(const fw_string& other)
-{
-    if (other.block)
-        InterlockedIncrement(&other.block->refCount);
-    release();
-    block = other.block;
-    capacityField = other.capacityField;
-    return *this;
-}
+fw_string& fw_string::operator=(const fw_string& other) = default;
 
 void fw_string::assign(const char* text)
 {
@@ -110,24 +76,23 @@ void fw_string::assign(const char* text, uint32_t length)
     if (end)
         length = static_cast<uint32_t>(end - text);
     // Text from our own block must outlive the new block's making.
-    const bool inside = block && text >= block->text && text <= block->text + capacityField;
-    fw_string keep;
-    if (inside)
-        keep = *this;
+    fw_shared_block keep;
+    if (holds(text))
+        keep = block;
     reserve(length, false);
-    std::memmove(block->text, text, length);
-    block->text[length] = 0;
+    std::memmove(chars(), text, length);
+    chars()[length] = 0;
 }
 
 const char* fw_string::c_str() const
 {
-    return block ? block->text : emptyText;
+    return block.exists() ? chars() : emptyText;
 }
 
 char* fw_string::writable()
 {
     reserve(capacityField, true);
-    return block->text;
+    return chars();
 }
 
 uint32_t fw_string::length() const
@@ -140,23 +105,14 @@ void fw_string::reserve(uint32_t n, bool keepText)
     FW_ASSERT(n <= fw_block_capacity_limit);
     const uint32_t size = block_size_for(n);
     const uint32_t newCapacity = size - 5;
-    if (block && newCapacity <= capacityField && block->refCount < 2)
+    if (block.sole() && newCapacity <= capacityField)
         return;
+    // The whole capacity comes along, not only the text: the bytes behind the
+    // terminator are the string's buffer too.
     uint32_t kept = 0;
-    if (keepText && block) {
-        kept = static_cast<uint32_t>(strnlen(block->text, capacityField));
-        if (kept > newCapacity)
-            kept = newCapacity;
-    }
-    fw_string holder(*this);
-    release();
-    auto* fresh = static_cast<block_header*>(::operator new(size));
-    if (kept)
-        std::memcpy(fresh->text, holder.block->text, kept);
-    fresh->text[kept] = 0;
-    reinterpret_cast<char*>(fresh)[size - 1] = 0;
-    fresh->refCount = 1;
-    block = fresh;
+    if (keepText)
+        kept = capacityField < newCapacity ? capacityField : newCapacity;
+    reinterpret_cast<char*>(block.renew(size, kept))[kept] = 0;
     capacityField = newCapacity;
 }
 
@@ -164,8 +120,7 @@ void fw_string::append(const char* text, uint32_t length)
 {
     if (!text)
         return;
-    // Text that starts in the reference count is a pointer gone wrong, not text.
-    FW_ASSERT(!holds(text) || text >= block->text);
+    FW_ASSERT(!block.holds_count(text));
     if (length == 0)
         length = static_cast<uint32_t>(std::strlen(text));
     else if (const char* end = static_cast<const char*>(std::memchr(text, 0, length)))
@@ -174,15 +129,15 @@ void fw_string::append(const char* text, uint32_t length)
         return;
     // Text from our own block: remember its offset, since reserve may move the block.
     const bool inside = holds(text);
-    const uint32_t offset = inside ? static_cast<uint32_t>(text - block->text) : 0;
-    fw_string keep;  // keeps the old block alive while we copy out of it
+    const uint32_t offset = inside ? static_cast<uint32_t>(text - chars()) : 0;
+    fw_shared_block keep;  // keeps the old block alive while we copy out of it
     if (inside)
-        keep = *this;
+        keep = block;
     const uint32_t old = this->length();
     reserve(old + length, true);
-    const char* source = inside ? keep.block->text + offset : text;
-    std::memmove(block->text + old, source, length);
-    block->text[old + length] = 0;
+    const char* source = inside ? reinterpret_cast<const char*>(keep.payload()) + offset : text;
+    std::memmove(chars() + old, source, length);
+    chars()[old + length] = 0;
 }
 
 void fw_string::append(char c)
@@ -200,18 +155,18 @@ void fw_string::insert(const char* text, uint32_t position)
     if (!text || text[0] == 0)
         return;
     const uint32_t added = static_cast<uint32_t>(std::strlen(text));
-    if (block && block->refCount < 2 && old + added <= capacityField && !holds(text)) {
-        std::memmove(block->text + position + added, block->text + position, old - position + 1);
-        std::memcpy(block->text + position, text, added);
+    if (block.sole() && old + added <= capacityField && !holds(text)) {
+        std::memmove(chars() + position + added, chars() + position, old - position + 1);
+        std::memcpy(chars() + position, text, added);
         return;
     }
     // A shared block, too little room, or text out of our own block: build anew, and
     // let the old block go only when everything has been copied out of it.
     fw_string fresh;
     fresh.reserve(old + added, false);
-    std::memcpy(fresh.block->text, c_str(), position);
-    std::memcpy(fresh.block->text + position, text, added);
-    std::memcpy(fresh.block->text + position + added, c_str() + position, old - position + 1);
+    std::memcpy(fresh.chars(), c_str(), position);
+    std::memcpy(fresh.chars() + position, text, added);
+    std::memcpy(fresh.chars() + position + added, c_str() + position, old - position + 1);
     *this = fresh;
 }
 
@@ -231,8 +186,8 @@ fw_string fw_string::reversed() const
     result.reserve(n, false);
     const char* text = c_str();
     for (uint32_t i = 0; i < n; ++i)
-        result.block->text[i] = text[n - 1 - i];
-    result.block->text[n] = 0;
+        result.chars()[i] = text[n - 1 - i];
+    result.chars()[n] = 0;
     return result;
 }
 

@@ -19,6 +19,8 @@
 //   fw_string("a.b").replace(".", "::", 0) -> 1, "a::b"
 //   base_name("C:\\dir/sub\\file.txt")     -> "file.txt"
 #pragma once
+#include "fw/fw_shared_block.h"
+
 #include <cstdint>
 
 class fw_string
@@ -118,14 +120,15 @@ public:
     static uint32_t block_size_for(uint32_t capacity);
 
 private:
-    struct block_header;
-    block_header* block;
+    fw_shared_block block;
     uint32_t capacityField;
 
     void release();
     // split_first at `hit`, a pointer into c_str(); null: no separator.
     fw_string split_at(const char* hit);
-    bool holds(const char* text) const;
+    // Whether `text` lies in this string's own text, terminator included.
+    bool holds(const char* text) const { return block.holds(text, capacityField); }
+    char* chars() const { return reinterpret_cast<char*>(block.payload()); }
 };
 
 // If one side is empty the result shares the other side's block.

@@ -7,7 +7,7 @@
 // Elements sit in one block; Array<bool> keeps one byte an element, and at() gives a
 // real bool& into it.
 //
-//   Array<Int> a;  Array<Int> b = a;  b.add(7);   ->  a.size() == 1, a.at(0) == 7
+//   Array<int> a;  Array<int> b = a;  b.add(7);   ->  a.size() == 1, a.at(0) == 7
 //   a.at(1)                                       ->  RangeException(0, 1, 1)
 //
 // An Array shared between threads needs its users' lock.
@@ -18,11 +18,6 @@
 #include <vector>
 
 namespace Framework {
-
-using Int = int32_t;
-using Uint = uint32_t;
-using Hyper = int64_t;
-using Uhyper = uint64_t;
 
 namespace Detail {
 // What the list stores for an element type: the type itself, except for bool, which
@@ -44,7 +39,7 @@ class ArrayIterator
 public:
     using Slot = Detail::ArraySlot<T>;
 
-    ArrayIterator(Slot* begin, Slot* end, Slot* current) : begin(begin), end(end), current(current) {}
+    ArrayIterator(Slot* first, Slot* last, Slot* at) : begin(first), end(last), current(at) {}
 
     // At end, both throw IterationException.
     T& value() const
@@ -83,16 +78,17 @@ public:
         return list[index].value;
     }
     void add(const T& value) { this->get()->push_back(Detail::ArraySlot<T>{value}); }
-    void reserve(uint32_t count) { this->get()->reserve(count); }
-    // Removes count elements from position; position + count beyond size() gives
-    // RangeException(0, size(), position + count), checked before count 0 is let go.
-    void erase(uint32_t position, uint32_t count)
+    void reserve(uint32_t elements) { this->get()->reserve(elements); }
+    // Removes `elements` elements from position; position + elements beyond size()
+    // gives RangeException(0, size(), position + elements), checked before 0 elements
+    // are let go.
+    void erase(uint32_t position, uint32_t elements)
     {
         List& list = *this->get();
-        const uint64_t stop = uint64_t(position) + count;
+        const uint64_t stop = uint64_t(position) + elements;
         if (stop >= uint64_t(list.size()) + 1)
             throw new RangeException(SITE, 0, list.size(), int64_t(stop));
-        if (count == 0)
+        if (elements == 0)
             return;
         list.erase(list.begin() + position, list.begin() + stop);
     }

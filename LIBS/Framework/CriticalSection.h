@@ -21,7 +21,7 @@ public:
     class Hold
     {
     public:
-        explicit Hold(CriticalSection& lock) : lock(&lock) { lock.enter(); }
+        explicit Hold(CriticalSection& section) : lock(&section) { section.enter(); }
         ~Hold() { release(); }
         Hold(const Hold&) = delete;
         Hold& operator=(const Hold&) = delete;

@@ -7,7 +7,6 @@
 #include <windows.h>
 #include <cstdio>
 #include <cwchar>
-#include <cstdlib>
 #include <exception>
 
 namespace Framework {
@@ -28,6 +27,12 @@ void writeBoth(const char* text)
 
 void defaultUnrecoverable(Exception* previous, Exception*)
 {
+    // die() logs, and the logger may build and catch exceptions of its own while this
+    // stack still unwinds: those come back here, and must be let through.
+    static bool ending = false;
+    if (ending)
+        return;
+    ending = true;
     writeBoth("Unrecoverable uncaught error\n");
     if (previous) {
         const String text = previous->description(true);
@@ -36,7 +41,7 @@ void defaultUnrecoverable(Exception* previous, Exception*)
     }
     std::fflush(stderr);
     std::fflush(stdout);
-    std::exit(1);
+    HardwareExceptionsHandling::die();
 }
 
 UnrecoverableHandler unrecoverableHandler = defaultUnrecoverable;

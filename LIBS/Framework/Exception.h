@@ -58,7 +58,8 @@ Exception* currentException();
 // Called with the thread's current exception (may be null) and the new one when an
 // exception is built while another is in flight. The default writes
 // "Unrecoverable uncaught error\n" and the previous exception's description to the
-// standard error and output streams, then ends the process with exit code 1.
+// standard error and output streams, then ends the process through
+// HardwareExceptionsHandling::die() (Diagnostics/Crt.h): its log line, exit code 1.
 using UnrecoverableHandler = void (*)(Exception* previous, Exception* current);
 // Returns the handler that was installed before.
 UnrecoverableHandler setUnrecoverableHandler(UnrecoverableHandler handler);

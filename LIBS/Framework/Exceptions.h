@@ -30,8 +30,8 @@ class RangeException : public virtual ErrorException
 {
 public:
     explicit RangeException(const ThrowSite& site) : RangeException(site, 0, 0, 0) {}
-    RangeException(const ThrowSite& site, int64_t from, int64_t to, int64_t index)
-        : ErrorException(site), from(from), to(to), index(index)
+    RangeException(const ThrowSite& site, int64_t rangeFrom, int64_t rangeTo, int64_t badIndex)
+        : ErrorException(site), from(rangeFrom), to(rangeTo), index(badIndex)
     {
     }
     String description(bool includeCause) const override;
@@ -53,7 +53,7 @@ class FormatException : public virtual ErrorException
 {
 public:
     static constexpr uint64_t unknownPosition = ~uint64_t(0);
-    FormatException(const ThrowSite& site, uint64_t position) : ErrorException(site), position(position) {}
+    FormatException(const ThrowSite& site, uint64_t failedAt) : ErrorException(site), position(failedAt) {}
 
     const uint64_t position;
 };
@@ -62,15 +62,15 @@ public:
 class TextFormatException : public virtual FormatException
 {
 public:
-    TextFormatException(const ThrowSite& site, uint32_t line, uint32_t column, const String& citation,
-                        const String& errorMessage, const String& fileName)
+    TextFormatException(const ThrowSite& site, uint32_t lineNumber, uint32_t columnNumber, const String& citedText,
+                        const String& why, const String& sourceFile)
         : ErrorException(site),
           FormatException(site, unknownPosition),
-          line(line),
-          column(column),
-          citation(citation),
-          errorMessage(errorMessage),
-          fileName(fileName)
+          line(lineNumber),
+          column(columnNumber),
+          citation(citedText),
+          errorMessage(why),
+          fileName(sourceFile)
     {
     }
     // "fileName: ...\nline: ...\ncolumn: ...\nmessage: ...\ncitation: ...\n" + base
@@ -117,7 +117,10 @@ class NotImplementedException : public ErrorException
 {
 public:
     explicit NotImplementedException(const ThrowSite& site) : ErrorException(site) {}
-    NotImplementedException(const ThrowSite& site, const String& feature) : ErrorException(site), feature(feature) {}
+    NotImplementedException(const ThrowSite& site, const String& featureName)
+        : ErrorException(site), feature(featureName)
+    {
+    }
     String description(bool includeCause) const override;
 
     const String feature;
@@ -134,7 +137,10 @@ public:
 class EnvironmentException : public virtual ErrorException
 {
 public:
-    EnvironmentException(const ThrowSite& site, const String& element) : ErrorException(site), element(element) {}
+    EnvironmentException(const ThrowSite& site, const String& variableName)
+        : ErrorException(site), element(variableName)
+    {
+    }
     String description(bool includeCause) const override;
 
     const String element;

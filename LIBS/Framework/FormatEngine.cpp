@@ -144,7 +144,7 @@ StringType normalize(const Char* format)
 class Swapper
 {
 public:
-    explicit Swapper(wchar_t* text) : text(text) {}
+    explicit Swapper(wchar_t* format) : text(format) {}
     void copy(const wchar_t*, uint32_t) {}
     void length64() {}
     void conversion(const wchar_t* letter)

@@ -11,9 +11,9 @@ namespace {
 class HexEncoder
 {
 public:
-    explicit HexEncoder(const char* separator) : separator(separator), separatorLength(0)
+    explicit HexEncoder(const char* between) : separator(between), separatorLength(0)
     {
-        while (separator[separatorLength])
+        while (between[separatorLength])
             ++separatorLength;
         const char digits[] = "0123456789ABCDEF";
         for (int i = 0; i < 256; ++i) {

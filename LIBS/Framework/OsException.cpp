@@ -6,10 +6,10 @@
 
 namespace Framework {
 
-OsError::OsError(bool isLastError)
-    : isLastError(isLastError),
-      errnoValue(isLastError ? 0 : errno),
-      lastError(isLastError ? GetLastError() : 0)
+OsError::OsError(bool fromLastError)
+    : isLastError(fromLastError),
+      errnoValue(fromLastError ? 0 : errno),
+      lastError(fromLastError ? GetLastError() : 0)
 {
 }
 
@@ -38,9 +38,9 @@ String osErrorText(uint32_t lastError)
     return text;
 }
 
-OsException::OsException(const ThrowSite& site, const OsError& osError, uint64_t code, const String& operation,
-                         const String& failureText)
-    : ErrorException(site), osError(osError), code(code), operation(operation), failureText(failureText)
+OsException::OsException(const ThrowSite& site, const OsError& error, uint64_t errorCode, const String& failedCall,
+                         const String& sentence)
+    : ErrorException(site), osError(error), code(errorCode), operation(failedCall), failureText(sentence)
 {
 }
 

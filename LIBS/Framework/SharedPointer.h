@@ -30,7 +30,7 @@ class SharedPointer
 public:
     SharedPointer() : object(nullptr), count(nullptr), owner(true) {}
     // Takes the object; null gives an empty handle, with no counter.
-    explicit SharedPointer(T* pointer, bool owner = true) : object(nullptr), count(nullptr), owner(owner)
+    explicit SharedPointer(T* pointer, bool owns = true) : object(nullptr), count(nullptr), owner(owns)
     {
         take(pointer);
     }

@@ -29,6 +29,13 @@ enum class ValueType : uint32_t {
 
 const uint32_t valueTypeCount = 14;
 
+// The number types by the names of their value types. Declared behind the list, so
+// that its enumerators don't shadow them.
+using Int = int32_t;
+using Uint = uint32_t;
+using Hyper = int64_t;
+using Uhyper = uint64_t;
+
 // A number outside the list throws LookupException.
 String typeName(ValueType type);
 // The first name that equals the text under compareNoCase; none throws LookupException.

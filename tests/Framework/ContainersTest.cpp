@@ -4,6 +4,7 @@
 #include "Framework/HexText.h"
 #include "Framework/NameHash.h"
 #include "Framework/SharedPointer.h"
+#include "Framework/ValueType.h"
 #include "support/ArrayView.h"
 #include "support/ExpectThrown.h"
 #include "support/TextHelpers.h"

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 TEST(fw_stringTest, CopiesShareAndWritesDetach)
 {
     fw_string a("shared");
@@ -22,6 +24,16 @@ TEST(fw_stringTest, CopiesShareAndWritesDetach)
     d.reserve(1, true);  // large enough, but shared: it still gets its own block
     EXPECT_NE(a.c_str(), d.c_str());
     EXPECT_STREQ("shared", d.c_str());
+
+    // The bytes behind the terminator are the string's too (a platform call's buffer):
+    // a detach and a growth keep them, up to the smaller capacity.
+    fw_string buffer(uint32_t(10));
+    std::memcpy(buffer.writable(), "ab\0cd", 6);
+    fw_string detached = buffer;
+    detached.writable();
+    EXPECT_EQ(0, std::memcmp("ab\0cd", detached.c_str(), 6));
+    detached.reserve(100, true);
+    EXPECT_EQ(0, std::memcmp("ab\0cd", detached.c_str(), 6));
 }
 
 TEST(fw_stringTest, AppendingIncludingItsOwnText)

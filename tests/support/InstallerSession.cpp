@@ -96,8 +96,8 @@ void InstallerSession::setProperty(const std::wstring& name, const std::wstring&
     check(MsiSetPropertyW(session, name.c_str(), value.c_str()), "MsiSetProperty");
 }
 
-InfoRecords::InfoRecords(const InstallerSession& session, int answer, bool closeRecord)
-    : session(session.handle()), answer(answer), closeRecord(closeRecord)
+InfoRecords::InfoRecords(const InstallerSession& of, int answering, bool closing)
+    : session(of.handle()), answer(answering), closeRecord(closing)
 {
     MsiSetExternalUIRecord(handle, INSTALLLOGMODE_INFO, this, nullptr);
 }

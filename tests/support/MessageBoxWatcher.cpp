@@ -42,8 +42,8 @@ bool shown(HWND box, int id)
 
 }  // namespace
 
-MessageBoxWatcher::MessageBoxWatcher(std::wstring title, DWORD timeoutMs)
-    : title(std::move(title)), timeoutMs(timeoutMs), stopEvent(CreateEventW(nullptr, TRUE, FALSE, nullptr))
+MessageBoxWatcher::MessageBoxWatcher(std::wstring boxTitle, DWORD timeout)
+    : title(std::move(boxTitle)), timeoutMs(timeout), stopEvent(CreateEventW(nullptr, TRUE, FALSE, nullptr))
 {
     thread = CreateThread(nullptr, 0, run, this, 0, nullptr);
     if (!thread)

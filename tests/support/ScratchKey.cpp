@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-ScratchKey::ScratchKey(HKEY root, const std::wstring& path, REGSAM view)
-    : root(root), keyPath(path), view(view), key(nullptr)
+ScratchKey::ScratchKey(HKEY hive, const std::wstring& path, REGSAM registryView)
+    : root(hive), keyPath(path), view(registryView), key(nullptr)
 {
     deleteRegistryTree(root, path, view);
     const LONG result =

@@ -46,7 +46,7 @@ namespace testing_text {
 class Lacks : public ::testing::MatcherInterface<const std::string&>
 {
 public:
-    explicit Lacks(std::string text) : text(std::move(text)) {}
+    explicit Lacks(std::string unwanted) : text(std::move(unwanted)) {}
     bool MatchAndExplain(const std::string& output, ::testing::MatchResultListener*) const override
     {
         return output.find(text) == std::string::npos;

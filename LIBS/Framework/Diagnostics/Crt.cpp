@@ -63,7 +63,12 @@ bool Crt::isInitialized()
 
 bool Crt::installHandlers()
 {
-    // msvcrt has no _set_abort_behavior: the handlers end with silentAbort instead.
+    // msvcrt has no _set_abort_behavior. With this error mode its own reports (abort's
+    // message, a failed assertion) go to the console and the standard error stream
+    // instead of a box, and a program of the windows subsystem that has neither, such
+    // as the installer's host, says nothing; the handlers here end with silentAbort,
+    // which says nothing at all.
+    _set_error_mode(_OUT_TO_STDERR);
     RuntimeHooks::enableUnwindingThroughRuntime();
     std::set_terminate(handleTerminate);
     fw_set_purecall_handler(purecallHandler);
@@ -71,9 +76,12 @@ bool Crt::installHandlers()
     SetErrorMode(SEM_FAILCRITICALERRORS);
     RuntimeHooks::setRuntimeNewMode(1);
     RuntimeHooks::setRuntimeNewHandler(handleInsufficientMemory);
-    // The raiser takes over both slots. In msvcrt's own slot it is reached from
-    // inside malloc, whose frames the raiser's exception can't pass: there it stays
-    // empty, and a failed new reaches the raiser through the C++ runtime's slot.
+    // The raiser takes over both slots, but msvcrt's own slot is left empty: what
+    // msvcrt calls from there is called inside malloc, for every module of the
+    // process, and an exception from it would pass C frames that neither expect one
+    // nor give back their locks (msvcrt's stdio allocates under its lock). So a
+    // failed malloc keeps msvcrt's answer, a null pointer, and a failed new reaches
+    // the raiser through the C++ runtime's slot.
     RuntimeHooks::setRuntimeNewHandler(nullptr);
     std::set_new_handler(memoryRaiser);
     return true;

@@ -35,9 +35,14 @@ class Crt
 public:
     // installHandlers() and setlocale(LC_ALL, ""), once per process; true.
     static bool initialize();
-    // The handlers, the error mode without critical-error boxes, malloc through the
-    // allocation-failure handler, and at the end the FW layer's raiser of
-    // fw_exception_memory as that handler: a failed new raises with no log line. True.
+    // The handlers; the error modes without boxes, msvcrt's (abort and a failed
+    // assertion report to the console, not in a box) and the system's (no
+    // critical-error boxes); and at the end the FW layer's raiser of
+    // fw_exception_memory as the allocation-failure handler: a failed new raises with
+    // no log line. A failed malloc is not sent there and gives null, as msvcrt has it:
+    // msvcrt's hook for it runs inside malloc, for every module of the process, and
+    // an exception from there would cross C code that can't let one pass (see
+    // Crt.cpp). True.
     static bool installHandlers();
     // Whether initialize() has run.
     static bool isInitialized();

@@ -11,9 +11,13 @@
 //   allocation failure     _set_new_handler and _set_new_mode exist under their C++
 //                          export names only (which differ by processor), and are
 //                          looked up by those
-//   abort behaviour        no _set_abort_behavior: silentAbort() is abort without the
-//                          message (a box in a windowed program, which would hang an
-//                          unattended installation)
+//   abort behaviour        no _set_abort_behavior. The error mode of _set_error_mode
+//                          (Crt.cpp sets _OUT_TO_STDERR) sends msvcrt's reports, those
+//                          of abort and of a failed assertion, to the console and the
+//                          standard error stream instead of a box, which would hang an
+//                          unattended installation; a program of the windows subsystem
+//                          that has neither, such as the installer's host, says
+//                          nothing. silentAbort() is abort without even that line
 //
 // A handler that msvcrt calls runs on top of msvcrt's frames. On x86 this module's
 // unwinder knows only its own unwind tables, and an exception thrown there would end

@@ -30,17 +30,17 @@ bool isReadableFile(const String& text)
 
 }  // namespace
 
-IniParser::IniParser(bool mergeSections)
-    : lineNumber(0), column(0), delimiters("./\\"), mergeSections(mergeSections), includes(new FileSet)
+IniParser::IniParser(bool merge)
+    : lineNumber(0), column(0), delimiters("./\\"), mergeSections(merge), includes(new FileSet)
 {
 }
 
-IniParser::IniParser(const IniParser& parent, const SharedPointer<FileSet>& includes)
+IniParser::IniParser(const IniParser& parent, const SharedPointer<FileSet>& filesRead)
     : lineNumber(0),
       column(0),
       delimiters(parent.delimiters),
       mergeSections(parent.mergeSections),
-      includes(includes)
+      includes(filesRead)
 {
 }
 

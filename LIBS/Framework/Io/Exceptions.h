@@ -18,10 +18,10 @@ public:
 class OsException : public Framework::OsException, public Io::ErrorException
 {
 public:
-    OsException(const ThrowSite& site, const OsError& osError, uint64_t code, const String& operation,
-                const String& failureText)
+    OsException(const ThrowSite& site, const OsError& error, uint64_t errorCode, const String& failedCall,
+                const String& sentence)
         : Framework::ErrorException(site),
-          Framework::OsException(site, osError, code, operation, failureText),
+          Framework::OsException(site, error, errorCode, failedCall, sentence),
           Io::ErrorException(site)
     {
     }
@@ -42,8 +42,8 @@ public:
 class PathInvalidException : public Io::ErrorException, public virtual ValueNotInitializedException
 {
 public:
-    PathInvalidException(const ThrowSite& site, const String& path)
-        : Framework::ErrorException(site), ValueNotInitializedException(site), Io::ErrorException(site), path(path)
+    PathInvalidException(const ThrowSite& site, const String& pathText)
+        : Framework::ErrorException(site), ValueNotInitializedException(site), Io::ErrorException(site), path(pathText)
     {
     }
     // "Invalid path: <path>\n" + base
@@ -55,8 +55,8 @@ public:
 class PathNotFoundException : public Io::ErrorException, public SearchException
 {
 public:
-    PathNotFoundException(const ThrowSite& site, const String& path)
-        : Framework::ErrorException(site), Io::ErrorException(site), SearchException(site), path(path)
+    PathNotFoundException(const ThrowSite& site, const String& pathText)
+        : Framework::ErrorException(site), Io::ErrorException(site), SearchException(site), path(pathText)
     {
     }
     // "Path not found: <path>\n" + base
@@ -68,8 +68,8 @@ public:
 class PathExistsException : public Io::ErrorException, public virtual ValueExistsException
 {
 public:
-    PathExistsException(const ThrowSite& site, const String& path)
-        : Framework::ErrorException(site), ValueExistsException(site), Io::ErrorException(site), path(path)
+    PathExistsException(const ThrowSite& site, const String& pathText)
+        : Framework::ErrorException(site), ValueExistsException(site), Io::ErrorException(site), path(pathText)
     {
     }
     // "Path exists: <path>\n" + base

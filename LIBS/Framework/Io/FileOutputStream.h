@@ -12,25 +12,24 @@
 // open on an open stream or with an empty path throws Io::ErrorException, and a
 // device ("\\.\COM1") throws ErrorException: a device can't be opened for output.
 #pragma once
+#include "Framework/Io/StdioFile.h"
 #include "Framework/Io/Stream.h"
-
-#include <cstdio>
 
 namespace Framework { namespace Io {
 
 class FileOutputStream : public SeekableOutputStream
 {
 public:
-    FileOutputStream();
+    FileOutputStream() = default;
     FileOutputStream(const FileOutputStream&) = delete;
     FileOutputStream& operator=(const FileOutputStream&) = delete;
     ~FileOutputStream() override;
 
     // truncate empties an existing file.
     void open(const String& path, bool truncate);
-    void close() override;
-    bool isOpen() const override { return file != nullptr; }
-    bool isAtEnd() const override { return currentPosition >= fileLength; }
+    void close() override { file.close(); }
+    bool isOpen() const override { return file.isOpen(); }
+    bool isAtEnd() const override { return file.isAtEnd(); }
 
     void write(const void* buffer, uint32_t count) override;
     // Cuts the file at the position.
@@ -39,26 +38,21 @@ public:
     // Cuts or extends the file; the position is pulled back to the new end if it
     // stood behind it.
     void setSize(uint64_t size) override;
-    uint64_t size() const { return fileLength; }
+    uint64_t size() const { return file.size(); }
 
     // Up to the size and no further: behind it throws EndOfStreamException.
-    void seek(uint64_t position) override;
-    void seekToEnd() override;
-    uint64_t position() const override { return currentPosition; }
-    void moveForward(uint64_t count) override;
+    void seek(uint64_t position) override { file.seek(position); }
+    void seekToEnd() override { file.seekToEnd(); }
+    uint64_t position() const override { return file.position(); }
+    void moveForward(uint64_t count) override { file.moveForward(count); }
     // Behind the start throws Io::ErrorException.
-    void moveBackward(uint64_t count) override;
+    void moveBackward(uint64_t count) override { file.moveBackward(count); }
 
     // The text given to open; empty when closed.
-    const String& pathText() const { return openPath; }
+    const String& pathText() const { return file.pathText(); }
 
 private:
-    FILE* requireOpen() const;
-
-    FILE* file;
-    uint64_t currentPosition;
-    uint64_t fileLength;
-    String openPath;
+    StdioFile file;
 };
 
 }}  // namespace Framework::Io

@@ -8,10 +8,10 @@ namespace Framework { namespace Io {
 
 // Whether the stream can be read ahead is a matter of its class, which does not
 // change: settled once here rather than by a cast per line.
-LineReader::LineReader(InputStream& stream)
-    : stream(&stream),
+LineReader::LineReader(InputStream& source)
+    : stream(&source),
       delimiterLength(1),
-      pieceSize(dynamic_cast<SeekableInputStream*>(&stream) ? sizeof ahead : 1),
+      pieceSize(dynamic_cast<SeekableInputStream*>(&source) ? sizeof ahead : 1),
       aheadStart(0),
       aheadEnd(0)
 {

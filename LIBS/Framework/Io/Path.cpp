@@ -230,8 +230,11 @@ void Path::setFileName(const String& text)
     const PathParts given = parseCanonical(cleanPathText(text));
     if (!given.root.empty() || !given.folder.empty() || (given.name.empty() && given.extension.empty()))
         throw new Framework::ErrorException(SITE);
-    parts.name = checkName(given.name);
-    parts.extension = canonicalExtension(given.extension);
+    // Both checks before either part changes.
+    const String name = checkName(given.name);
+    const String extension = canonicalExtension(given.extension);
+    parts.name = name;
+    parts.extension = extension;
     pathKind = PathKind::File;
     recompute();
 }

@@ -175,4 +175,76 @@ void setFileSize(FILE* file, uint64_t size)
     setFilePosition(file, std::min(here, size));
 }
 
+void StdioFile::expectOpenable(const String& path) const
+{
+    if (file || path.empty())
+        throw new Io::ErrorException(SITE);
+}
+
+void StdioFile::open(const String& path, const wchar_t* mode)
+{
+    expectOpenable(path);
+    uint64_t length = 0;
+    file = openMeasuredFile(path, mode, length);
+    fileLength = length;
+    currentPosition = 0;
+    openPath = path;
+}
+
+void StdioFile::close()
+{
+    if (!file)
+        return;
+    closeFile(file);
+    file = nullptr;
+    currentPosition = 0;
+    fileLength = 0;
+    openPath = String();
+}
+
+FILE* StdioFile::require() const
+{
+    if (!file)
+        throw new StreamClosedException(SITE);
+    return file;
+}
+
+void StdioFile::seek(uint64_t position)
+{
+    FILE* const stream = require();
+    if (position > fileLength)
+        throw new EndOfStreamException(SITE);
+    setFilePosition(stream, position);
+    currentPosition = position;
+}
+
+void StdioFile::moveForward(uint64_t count)
+{
+    require();
+    if (count > remaining())
+        throw new EndOfStreamException(SITE);
+    seek(currentPosition + count);
+}
+
+void StdioFile::moveBackward(uint64_t count)
+{
+    require();
+    if (count > currentPosition)
+        throw new Io::ErrorException(SITE);
+    seek(currentPosition - count);
+}
+
+void StdioFile::passed(uint64_t count, bool grows)
+{
+    currentPosition += count;
+    if (grows)
+        fileLength = std::max(fileLength, currentPosition);
+}
+
+void StdioFile::resized(uint64_t newSize)
+{
+    fileLength = newSize;
+    currentPosition = std::min(currentPosition, newSize);
+}
+
 }}  // namespace Framework::Io

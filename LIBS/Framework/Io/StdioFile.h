@@ -54,4 +54,58 @@ void truncateFile(FILE* file);
 // or pulled back to the new end if it stood behind it.
 void setFileSize(FILE* file, uint64_t size);
 
+// One file open through stdio, with the position and the size kept beside it: the
+// state, the opening and closing and the seeking that FileInputStream and
+// FileOutputStream share. The size is measured once, at open, and then follows what
+// the stream reports (grown, cut). Closed until open(); a closed file can be opened
+// again, and the destructor closes.
+//
+// Every operation but open, close and the readers of state throws
+// StreamClosedException on a closed file. Seeking goes up to the size and no further
+// (EndOfStreamException); moving behind the start throws Io::ErrorException.
+class StdioFile
+{
+public:
+    StdioFile() = default;
+    StdioFile(const StdioFile&) = delete;
+    StdioFile& operator=(const StdioFile&) = delete;
+    ~StdioFile() { close(); }
+
+    // What open checks first, for a caller with more to check before it opens: an
+    // open file or an empty path throws Io::ErrorException.
+    void expectOpenable(const String& path) const;
+    // openMeasuredFile at position 0; a failed open leaves the file closed.
+    void open(const String& path, const wchar_t* mode);
+    // closeFile; nothing when closed.
+    void close();
+
+    bool isOpen() const { return file != nullptr; }
+    bool isAtEnd() const { return currentPosition >= fileLength; }
+    uint64_t position() const { return currentPosition; }
+    uint64_t size() const { return fileLength; }
+    // The text given to open; empty when closed.
+    const String& pathText() const { return openPath; }
+    // The FILE for one of the calls above.
+    FILE* require() const;
+    // What is left behind the position; 0 when a read went past the measured size.
+    uint64_t remaining() const { return currentPosition < fileLength ? fileLength - currentPosition : 0; }
+
+    void seek(uint64_t position);
+    void seekToEnd() { seek(fileLength); }
+    void moveForward(uint64_t count);
+    void moveBackward(uint64_t count);
+
+    // The position after `count` bytes went through; a write past the end grows the size.
+    void passed(uint64_t count, bool grows);
+    // The size after a cut or an extension; the position comes back to the new end
+    // if it stood behind it.
+    void resized(uint64_t newSize);
+
+private:
+    FILE* file = nullptr;
+    uint64_t currentPosition = 0;
+    uint64_t fileLength = 0;
+    String openPath;
+};
+
 }}  // namespace Framework::Io

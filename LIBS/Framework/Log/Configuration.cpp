@@ -59,9 +59,9 @@ void Configuration::prepareFormatters()
     }
 }
 
-void Configuration::useDefaults(uint32_t mode)
+void Configuration::useDefaults(LogMode mode)
 {
-    const wchar_t* fileName = mode == 1 ? L"logd.txt" : mode == 2 ? L"log.txt" : nullptr;
+    const wchar_t* fileName = mode == LogMode::Internal ? L"logd.txt" : mode == LogMode::Product ? L"log.txt" : nullptr;
     if (!fileName)
         throw new ValueNotInitializedException(SITE);
     SharedPointer<Writer> rotated(new RotatedFileWriter);

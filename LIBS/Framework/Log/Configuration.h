@@ -17,6 +17,19 @@
 
 namespace Framework { namespace Log {
 
+// Which names a logger's configuration is looked for under, and which file its
+// default writer writes (ConfigurationLoader.h):
+//   Internal  1   "InternalLog.ini", INTERNAL_LOG, resource "InternalLog"; "logd.txt"
+//   Product   2   "KorvalinLogConfig.ini", KORVALIN_LOG_CONFIG, resource
+//                 "KorvalinLogConfig"; "log.txt"
+// Logger::instance() always takes the product mode; the internal one is no second
+// log. Any other number throws ValueNotInitializedException where it is used.
+enum class LogMode : uint32_t
+{
+    Internal = 1,
+    Product = 2,
+};
+
 struct ContextLevel
 {
     String name;
@@ -40,10 +53,9 @@ public:
     bool isEmpty() const;
     // Gives every formatter in the registry the registry, then its default format.
     void prepareFormatters();
-    // The default writer: a RotatedFileWriter of the mode's default file, "logd.txt"
-    // for mode 1 and "log.txt" for mode 2, with the formatter "Line". Any other mode
-    // throws ValueNotInitializedException.
-    void useDefaults(uint32_t mode);
+    // The default writer: a RotatedFileWriter of the mode's default file, with the
+    // formatter "Line".
+    void useDefaults(LogMode mode);
     // Puts an InstallerLogWriter with the formatter "Line" in front of the writer, the
     // two under one MultiWriter, so that every record also reaches the log of the
     // installation the logging thread works for. Nothing changes when there is no

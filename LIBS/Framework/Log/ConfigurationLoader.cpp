@@ -81,11 +81,11 @@ struct SourceNames
     const wchar_t* resource;
 };
 
-SourceNames sourceNamesFor(uint32_t mode)
+SourceNames sourceNamesFor(LogMode mode)
 {
-    if (mode == 1)
+    if (mode == LogMode::Internal)
         return {L"InternalLog.ini", L"INTERNAL_LOG", L"InternalLog"};
-    if (mode == 2)
+    if (mode == LogMode::Product)
         return {L"KorvalinLogConfig.ini", L"KORVALIN_LOG_CONFIG", L"KorvalinLogConfig"};
     throw new ValueNotInitializedException(SITE);
 }
@@ -155,7 +155,7 @@ StreamHolder tryResource(const wchar_t* name)
     return StreamHolder(new Io::MemoryInputStream(bytes, size));
 }
 
-StreamHolder search(uint32_t mode)
+StreamHolder search(LogMode mode)
 {
     location = String();
     const SourceNames names = sourceNamesFor(mode);
@@ -270,7 +270,7 @@ Configuration readConfiguration(Io::InputStream& stream)
     return configuration;
 }
 
-Configuration loadConfiguration(uint32_t mode)
+Configuration loadConfiguration(LogMode mode)
 {
     const StreamHolder stream = search(mode);
     if (!stream)

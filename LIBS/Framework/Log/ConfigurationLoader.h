@@ -2,9 +2,9 @@
 // reader that turns INI text into a Configuration, and the two factory tables that
 // make formatters and writers by class name (without regard to case).
 //
-// The search, for mode 2 (mode 1 has "InternalLog.ini", "INTERNAL_LOG",
-// "InternalLog"; any other mode throws ValueNotInitializedException), stops at the
-// first place that has a file:
+// The search, for the product mode (the internal mode has "InternalLog.ini",
+// "INTERNAL_LOG", "InternalLog": see LogMode in Configuration.h), stops at the first
+// place that has a file:
 //   1. "KorvalinLogConfig.ini" in the working folder, then beside the main program
 //      (not beside this library);
 //   2. the file that the environment variable "KORVALIN_LOG_CONFIG" names: as given
@@ -41,7 +41,7 @@ namespace Framework { namespace Log {
 SharedPointer<Formatter> createFormatter(const String& className);
 SharedPointer<Writer> createWriter(const String& className);
 
-Configuration loadConfiguration(uint32_t mode);
+Configuration loadConfiguration(LogMode mode);
 String configurationLocation();
 
 // The reader alone, on a text from anywhere.

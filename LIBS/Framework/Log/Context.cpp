@@ -25,8 +25,8 @@ struct Arguments
 
 Context::Context() : cachedLevel(0), provider(noLogger), cachedGeneration(0) {}
 
-Context::Context(const String& name, Provider provider)
-    : contextName(name), cachedLevel(0), provider(provider), cachedGeneration(0)
+Context::Context(const String& name, Provider loggerProvider)
+    : contextName(name), cachedLevel(0), provider(loggerProvider), cachedGeneration(0)
 {
 }
 

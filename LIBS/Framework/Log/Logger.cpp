@@ -17,7 +17,7 @@ const wchar_t ownContext[] = L"Framework::Log::Logger";
 
 // The search and the reader. Where the text was found is passed on even when reading
 // it fails, so that the report can name the place.
-Configuration searchedConfiguration(uint32_t mode, String& location)
+Configuration searchedConfiguration(LogMode mode, String& location)
 {
     struct Publish
     {
@@ -48,7 +48,7 @@ Logger* Logger::createInstance()
     if (instanceHolder.isNull()) {
         CriticalSection::Hold hold(instanceLock);
         if (instanceHolder.isNull())
-            instanceHolder.reset(new Logger(2));
+            instanceHolder.reset(new Logger(LogMode::Product));
     }
     if (instanceHolder.isNull())
         throw new ErrorException(SITE);
@@ -69,12 +69,12 @@ uint64_t Logger::currentTime()
     return uint64_t(utcMilliseconds - offset * 1000);
 }
 
-Logger::Logger(uint32_t mode) : Logger(mode, searchedConfiguration) {}
+Logger::Logger(LogMode logMode) : Logger(logMode, searchedConfiguration) {}
 
-Logger::Logger(uint32_t mode, Loader loader)
+Logger::Logger(LogMode logMode, Loader configurationLoader)
     : generationCount(0),
-      mode(mode),
-      loader(loader),
+      mode(logMode),
+      loader(configurationLoader),
       disabled(false),
       configured(false),
       defaultsUsed(false),

@@ -35,13 +35,13 @@ class Context;
 class Logger
 {
 public:
-    // Finds the configuration for a mode. It sets `location` to where it found one
+    // Finds the configuration for a mode (LogMode, Configuration.h). It sets `location` to where it found one
     // (empty for nowhere) before it can fail, and gives an empty configuration when
     // there is none. A Framework exception from it is reported in the log, and the
     // logger goes on with the default writer.
-    using Loader = Configuration (*)(uint32_t mode, String& location);
+    using Loader = Configuration (*)(LogMode mode, String& location);
 
-    // The process's logger, made at the first call with mode 2. Once it exists this
+    // The process's logger, made at the first call in the product mode. Once it exists this
     // is one load.
     static Logger* instance()
     {
@@ -52,9 +52,8 @@ public:
     // with daylight rules, its daylight bias all year are added to UTC.
     static uint64_t currentTime();
 
-    // Mode 2 gives "log.txt" as the default file, mode 1 "logd.txt".
-    explicit Logger(uint32_t mode);
-    Logger(uint32_t mode, Loader loader);
+    explicit Logger(LogMode logMode);
+    Logger(LogMode logMode, Loader configurationLoader);
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
     // Does not close the writer: no footer is written.
@@ -97,7 +96,7 @@ private:
 
     std::atomic<uint32_t> generationCount;
     Configuration configuration;
-    uint32_t mode;
+    LogMode mode;
     Loader loader;
     std::atomic<bool> disabled;
     std::atomic<bool> configured;

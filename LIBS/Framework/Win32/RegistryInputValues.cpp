@@ -6,16 +6,13 @@
 #include "Framework/OsException.h"
 #include "Framework/Win32/RegistryFormat.h"
 
-#include <new>
+#include <memory>
 
 namespace Framework { namespace Win32 {
 
 using Detail::StoredList;
 
 namespace {
-
-const uint32_t readSecurityAccess = 0x20200;   // READ_CONTROL, KEY_WOW64_32KEY
-const uint32_t writeSecurityAccess = 0x40200;  // WRITE_DAC, KEY_WOW64_32KEY
 
 [[noreturn]] void misfit()
 {
@@ -273,10 +270,10 @@ Array<AnsiString> RegistryInputValues::getBinaryArray(const String& name) const
                                   pieceToBinary);
 }
 
-SharedPointer<InputValues> RegistryInputValues::openGroup(const String& keyName) const
+SharedPointer<InputValues> RegistryInputValues::openGroup(const String& groupKey) const
 {
     SharedPointer<RegistryInputValues> child(new RegistryInputValues);
-    child->open(*this, keyName, readAccess);
+    child->open(*this, groupKey, readAccess);
     return child;
 }
 
@@ -315,93 +312,12 @@ void RegistryInputValues::readRaw(const String& name, void* buffer, DWORD* size)
     RegistryKey::readRaw(name, buffer, size);
 }
 
-namespace {
-
-[[noreturn]] void securityFailure(LONG result)
-{
-    if (result == ERROR_ACCESS_DENIED)
-        throw new NoAdminRightsException(SITE);
-    Detail::throwRegistryError(result);
-}
-
-// A zero-filled block from LocalAlloc; running out of memory is the allocator's failure.
-void* localBlock(SIZE_T size)
-{
-    void* block = LocalAlloc(LPTR, size);
-    if (!block)
-        throw std::bad_alloc();
-    return block;
-}
-
-void closeTemporary(HKEY key)
-{
-    const LONG result = RegCloseKey(key);
-    if (result != ERROR_SUCCESS)
-        Detail::throwRegistryError(result);
-}
-
-// Frees the block on every way out unless released.
-struct LocalBlock
-{
-    explicit LocalBlock(void* block) : block(block) {}
-    ~LocalBlock()
-    {
-        if (block)
-            LocalFree(block);
-    }
-    void* release()
-    {
-        void* kept = block;
-        block = nullptr;
-        return kept;
-    }
-    void* block;
-};
-
-}  // namespace
-
 SharedPointer<InputValues> RegistryInputValues::openUnprotected(const String& subKey, uint32_t access) const
 {
     SharedPointer<RegistryInputValues> child(new RegistryInputValues);
-
-    // Save the present access list.
-    HKEY temporary = nullptr;
-    LONG result = RegOpenKeyExW(handle(), subKey.c_str(), 0, readSecurityAccess, &temporary);
-    if (result != ERROR_SUCCESS)
-        securityFailure(result);
-    DWORD size = 0;
-    LocalBlock saved(nullptr);
-    result = RegGetKeySecurity(temporary, DACL_SECURITY_INFORMATION, nullptr, &size);
-    if (result == ERROR_INSUFFICIENT_BUFFER) {
-        saved.block = localBlock(size);
-        result = RegGetKeySecurity(temporary, DACL_SECURITY_INFORMATION, saved.block, &size);
-    }
-    if (result != ERROR_SUCCESS) {
-        RegCloseKey(temporary);
-        securityFailure(result);
-    }
-    closeTemporary(temporary);
-
-    // Open it up: a descriptor with a null access list restricts nobody.
-    result = RegOpenKeyExW(handle(), subKey.c_str(), 0, writeSecurityAccess, &temporary);
-    if (result != ERROR_SUCCESS)
-        securityFailure(result);
-    {
-        LocalBlock open(localBlock(SECURITY_DESCRIPTOR_MIN_LENGTH));
-        if (!InitializeSecurityDescriptor(open.block, SECURITY_DESCRIPTOR_REVISION) ||
-            !SetSecurityDescriptorDacl(open.block, TRUE, nullptr, FALSE)) {
-            const OsError error(true);
-            RegCloseKey(temporary);
-            throw new OsException(SITE, error, 0, String(), String());
-        }
-        result = RegSetKeySecurity(temporary, DACL_SECURITY_INFORMATION, open.block);
-    }
-    if (result != ERROR_SUCCESS) {
-        RegCloseKey(temporary);
-        Detail::throwRegistryError(result);
-    }
-    closeTemporary(temporary);
-
+    // Owned by the child only once it has its key: until then every way out frees it.
+    std::unique_ptr<void, decltype(&LocalFree)> saved(accessList(subKey), &LocalFree);
+    clearAccessList(subKey);
     child->open(*this, subKey, access);
     child->setSavedSecurity(saved.release());
     return child;
@@ -411,18 +327,9 @@ void RegistryInputValues::restoreSecurity()
 {
     if (!hKey || !savedSecurity)
         return;
-    HKEY temporary = nullptr;
-    LONG result = RegOpenKeyExW(hKey, nullptr, 0, writeSecurityAccess, &temporary);
-    if (result != ERROR_SUCCESS)
-        Detail::throwRegistryError(result);
-    result = RegSetKeySecurity(temporary, DACL_SECURITY_INFORMATION, savedSecurity);
-    if (result != ERROR_SUCCESS) {
-        RegCloseKey(temporary);
-        Detail::throwRegistryError(result);
-    }
+    setAccessList(String(), savedSecurity);
     LocalFree(savedSecurity);
     savedSecurity = nullptr;
-    closeTemporary(temporary);
 }
 
 void RegistryInputValues::setSavedSecurity(PSECURITY_DESCRIPTOR descriptor)

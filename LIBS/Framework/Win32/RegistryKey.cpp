@@ -2,7 +2,7 @@
 
 #include "Framework/Exceptions.h"
 #include "Framework/OsException.h"
-
+#include "fw/fw_library.h"
 
 namespace Framework { namespace Win32 {
 
@@ -201,6 +201,120 @@ Array<String> RegistryKey::subKeyNames() const
         [key](DWORD index, wchar_t* name, DWORD* length) {
             return RegEnumKeyExW(key, index, name, length, nullptr, nullptr, nullptr, nullptr);
         });
+}
+
+namespace {
+
+const uint32_t readSecurityAccess = 0x20200;   // READ_CONTROL, KEY_WOW64_32KEY
+const uint32_t writeSecurityAccess = 0x40200;  // WRITE_DAC, KEY_WOW64_32KEY
+
+[[noreturn]] void securityFailure(LONG result, bool deniedMeansNoRights)
+{
+    if (deniedMeansNoRights && result == ERROR_ACCESS_DENIED)
+        throw new NoAdminRightsException(SITE);
+    Detail::throwRegistryError(result);
+}
+
+// A key opened for one call: closed on every way out, and by close() where its
+// failure is to be heard.
+class TemporaryKey
+{
+public:
+    TemporaryKey(HKEY parent, const String& subKey, uint32_t access, bool deniedMeansNoRights)
+    {
+        const LONG result = RegOpenKeyExW(parent, subKey.c_str(), 0, access, &key);
+        if (result != ERROR_SUCCESS)
+            securityFailure(result, deniedMeansNoRights);
+    }
+    ~TemporaryKey()
+    {
+        if (key)
+            RegCloseKey(key);
+    }
+    TemporaryKey(const TemporaryKey&) = delete;
+    TemporaryKey& operator=(const TemporaryKey&) = delete;
+
+    void close()
+    {
+        const LONG result = RegCloseKey(key);
+        key = nullptr;
+        if (result != ERROR_SUCCESS)
+            Detail::throwRegistryError(result);
+    }
+
+    HKEY key = nullptr;
+};
+
+// A zero-filled block from LocalAlloc, freed on every way out unless released.
+class LocalBlock
+{
+public:
+    explicit LocalBlock(SIZE_T size) : block(LocalAlloc(LPTR, size))
+    {
+        if (!block)
+            fw_raise_memory();
+    }
+    ~LocalBlock()
+    {
+        if (block)
+            LocalFree(block);
+    }
+    LocalBlock(const LocalBlock&) = delete;
+    LocalBlock& operator=(const LocalBlock&) = delete;
+
+    void* get() const { return block; }
+    void* release()
+    {
+        void* kept = block;
+        block = nullptr;
+        return kept;
+    }
+
+private:
+    void* block;
+};
+
+}  // namespace
+
+PSECURITY_DESCRIPTOR RegistryKey::accessList(const String& subKey) const
+{
+    TemporaryKey key(requireKey(), subKey, readSecurityAccess, true);
+    DWORD size = 0;
+    LONG result = RegGetKeySecurity(key.key, DACL_SECURITY_INFORMATION, nullptr, &size);
+    if (result != ERROR_INSUFFICIENT_BUFFER && result != ERROR_SUCCESS)
+        securityFailure(result, true);
+    LocalBlock copy(size);
+    result = RegGetKeySecurity(key.key, DACL_SECURITY_INFORMATION, copy.get(), &size);
+    if (result != ERROR_SUCCESS)
+        securityFailure(result, true);
+    key.close();
+    return copy.release();
+}
+
+void RegistryKey::clearAccessList(const String& subKey) const
+{
+    LocalBlock open(SECURITY_DESCRIPTOR_MIN_LENGTH);
+    if (!InitializeSecurityDescriptor(open.get(), SECURITY_DESCRIPTOR_REVISION) ||
+        !SetSecurityDescriptorDacl(open.get(), TRUE, nullptr, FALSE)) {
+        const OsError error(true);
+        throw new OsException(SITE, error, 0, String(), String());
+    }
+    writeAccessList(subKey, open.get(), true);
+}
+
+void RegistryKey::setAccessList(const String& subKey, PSECURITY_DESCRIPTOR descriptor) const
+{
+    writeAccessList(subKey, descriptor, false);
+}
+
+void RegistryKey::writeAccessList(const String& subKey, PSECURITY_DESCRIPTOR descriptor,
+                                  bool deniedMeansNoRights) const
+{
+    TemporaryKey key(requireKey(), subKey, writeSecurityAccess, deniedMeansNoRights);
+    const LONG result = RegSetKeySecurity(key.key, DACL_SECURITY_INFORMATION, descriptor);
+    if (result != ERROR_SUCCESS)
+        Detail::throwRegistryError(result);
+    key.close();
 }
 
 } }  // namespace Framework::Win32

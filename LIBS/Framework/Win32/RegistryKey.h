@@ -75,6 +75,18 @@ public:
     Array<String> valueNames() const;
     Array<String> subKeyNames() const;
 
+    // Access lists (DACLs) of the sub-key `subKey` ("" for this key), always in the
+    // 32-bit view, through a key opened for the one call and closed on every way out.
+    // A block that can't be had raises fw_exception_memory.
+    //   accessList       a copy in a block from LocalAlloc, the caller's to LocalFree;
+    //                    access denied to the key or its list throws NoAdminRightsException
+    //   clearAccessList  a null list, which restricts nobody; access denied to the key
+    //                    throws NoAdminRightsException
+    //   setAccessList    a list given back; every failure is an OsException
+    PSECURITY_DESCRIPTOR accessList(const String& subKey) const;
+    void clearAccessList(const String& subKey) const;
+    void setAccessList(const String& subKey, PSECURITY_DESCRIPTOR descriptor) const;
+
 protected:
     HKEY hKey;
     bool ownsKey;
@@ -85,6 +97,7 @@ protected:
 private:
     HKEY requireKey() const;
     void took(HKEY opened, const RegistryKey& parent, const String& subKey);
+    void writeAccessList(const String& subKey, PSECURITY_DESCRIPTOR descriptor, bool deniedMeansNoRights) const;
 };
 
 namespace Detail {

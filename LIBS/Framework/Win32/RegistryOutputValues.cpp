@@ -173,11 +173,11 @@ SharedPointer<OutputValues> RegistryOutputValues::group(const String& name, uint
         misfit();
     if (!hasGroup(name))
         throw new LookupException(SITE);
-    const String keyName = Detail::indexedName(name, index);
-    if (index != 0 && !hasSubKey(keyName))
+    const String groupKey = Detail::indexedName(name, index);
+    if (index != 0 && !hasSubKey(groupKey))
         throw new RangeException(SITE, 0, 0, 0);
     SharedPointer<RegistryOutputValues> child(new RegistryOutputValues);
-    child->open(*this, keyName, writeAccess);
+    child->open(*this, groupKey, writeAccess);
     return child;
 }
 
@@ -204,15 +204,15 @@ SharedPointer<OutputValues> RegistryOutputValues::addGroup(const String& name)
 
 SharedPointer<OutputValues> RegistryOutputValues::addGroup(const String& name, const String& className)
 {
-    String keyName = name;
+    String groupKey = name;
     if (hasGroup(name)) {
         uint32_t n = 1;
         while (hasSubKey(Detail::indexedName(name, n)))
             ++n;
-        keyName = Detail::indexedName(name, n);
+        groupKey = Detail::indexedName(name, n);
     }
     SharedPointer<RegistryOutputValues> child(new RegistryOutputValues);
-    child->create(*this, keyName, className);
+    child->create(*this, groupKey, className);
     return child;
 }
 

@@ -6,6 +6,7 @@
 #include "Framework/Exceptions.h"
 #include "support/ActionLibrary.h"
 #include "support/Installer.h"
+#include "support/MessageBoxWatcher.h"
 #include "support/ScratchFolder.h"
 #include "support/WorkingFolder.h"
 
@@ -26,13 +27,14 @@ struct Outcome
     std::string log;
 };
 
-Outcome runProbe(const char* way)
+// The probe's console build, or with KORVALIN_FATAL_PROBE_WINDOWED its windows build.
+Outcome runProbe(const char* way, const char* probeVariable = "KORVALIN_FATAL_PROBE")
 {
     ScratchFolder scratch(L"fatal");
     WorkingFolder moved(scratch.path());
     _wputenv(L"KORVALIN_LOG_CONFIG=");
-    const char* probe = std::getenv("KORVALIN_FATAL_PROBE");
-    EXPECT_TRUE(probe) << "KORVALIN_FATAL_PROBE names the probe";
+    const char* probe = std::getenv(probeVariable);
+    EXPECT_TRUE(probe) << probeVariable << " names the probe";
     Outcome outcome;
     const std::string command = std::string("\"") + (probe ? probe : "") + "\" " + way;
     std::string output;
@@ -73,15 +75,37 @@ TEST(FatalHandlersTest, EachHandlerWritesItsLineThenEndsItsOwnWay)
         {"insufficient", 0, "caught fw_exception_memory\n",
          " Thread000 ERROR Framework Crt::handleInsufficientMemory() - before abort(): \r\n"},
         {"die", 1, "", " Thread000 ERROR Framework HardwareExceptionsHandling::die() - before abort(): \r\n"},
+        // The default unrecoverable handler ends through die(), and so leaves its line.
+        {"unrecoverable", 1, "Unrecoverable uncaught error\n",
+         " Thread000 ERROR Framework HardwareExceptionsHandling::die() - before abort(): \r\n"},
         // A failed new after the installation goes to the FW layer's raiser: no line,
         // and so no logger and no file.
         {"memory", 0, "caught fw_exception_memory\n", ""},
+        // A failed malloc keeps msvcrt's answer, for C code that checks for it.
+        {"malloc", 0, "malloc gave null\n", ""},
     };
     for (const Row& row : rows) {
         const Outcome outcome = runProbe(row.way);
         EXPECT_EQ(row.exitCode, outcome.exitCode) << row.way;
         EXPECT_EQ(row.output, outcome.output) << row.way;
         EXPECT_EQ(row.line, lineOf(outcome.log)) << row.way;
+    }
+}
+
+// Every abort while the layer is loaded ends with exit code 3 and without a word to
+// the user. In a program of the windows subsystem msvcrt would say it in a box, which
+// in an unattended installation nobody closes: Windows' msvcrt does for abort and a
+// failed assertion, Wine's for the assertion (so that row is what fails here when the
+// error mode is not set).
+TEST(FatalHandlersTest, EveryAbortInAWindowedProgramEndsWithoutABox)
+{
+    const char* const ways[] = {"abort", "double-bring-up", "runtime-terminate", "runtime-assert"};
+    for (const char* way : ways) {
+        MessageBoxWatcher watcher(L"Wine C++ Runtime Library");
+        const Outcome outcome = runProbe(way, "KORVALIN_FATAL_PROBE_WINDOWED");
+        const SeenBox box = watcher.stop();
+        EXPECT_FALSE(box.seen) << way << ": " << box.text;
+        EXPECT_EQ(3u, outcome.exitCode) << way;
     }
 }
 

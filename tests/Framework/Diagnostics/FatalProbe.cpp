@@ -1,14 +1,20 @@
 // A program that breaks in the way its argument names, for the fatal handlers' tests.
 // It logs nothing of its own but through the handlers (and "log", which logs a few
-// messages); where it survives, standard output says how.
+// messages); where it survives, standard output says how. Built twice: as a console
+// program and as one of the windows subsystem, where msvcrt would report in a box.
 #include "Framework/Diagnostics/Crt.h"
 #include "Framework/Exceptions.h"
 #include "Framework/Log/Context.h"
 #include "Framework/Log/Logger.h"
 #include "fw/fw_exception.h"
+#include "fw/fw_library.h"
 #include "support/Exhaustion.h"
 
+#include <windows.h>
+
+#include <assert.h>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -42,6 +48,12 @@ namespace {
 struct Cleanup
 {
     ~Cleanup() { std::printf("cleaned up\n"); }
+};
+
+// Builds an exception while another one unwinds the stack: the unrecoverable case.
+struct BuildsWhileUnwinding
+{
+    ~BuildsWhileUnwinding() { delete new ErrorException(SITE); }
 };
 
 template <class E, class Body>
@@ -85,10 +97,43 @@ int main(int argc, char** argv)
     if (way == "memory") {
         return expectCaught<fw_exception_memory>("fw_exception_memory", exhaustion::allocateTooMuch);
     }
+    if (way == "malloc") {
+        void* volatile block = std::malloc(exhaustion::tooMuch());
+        std::printf(block ? "malloc gave a block\n" : "malloc gave null\n");
+        std::free(block);
+        return 0;
+    }
     if (way == "insufficient")
         return expectCaught<fw_exception_memory>("fw_exception_memory", [] { Crt::handleInsufficientMemory(16); });
     if (way == "die")
         HardwareExceptionsHandling::die();
+    if (way == "unrecoverable") {
+        // Not a Framework exception in flight, so the handler has no previous one to print.
+        try {
+            BuildsWhileUnwinding builds;
+            throw 1;
+        } catch (int) {
+        }
+        std::printf("returned\n");
+        return 0;
+    }
+    // The ways to abort: our own code, the FW layer's stop, and two of msvcrt's own
+    // roads (its C++ terminate without a handler, and a failed assertion).
+    if (way == "abort")
+        std::abort();
+    if (way == "double-bring-up") {
+        fw_library first;
+        fw_library second;
+    }
+    if (way == "runtime-terminate") {
+        using Terminate = void(__cdecl*)();
+        const auto terminate = reinterpret_cast<Terminate>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "?terminate@@YAXXZ")));
+        if (terminate)
+            terminate();
+    }
+    if (way == "runtime-assert")
+        _assert("false", __FILE__, __LINE__);
     std::printf("unknown way\n");
     return 2;
 }

@@ -23,7 +23,7 @@ namespace {
 class TrickleStream : public InputStream
 {
 public:
-    TrickleStream(const std::string& bytes, uint32_t step) : bytes(bytes), step(step), at(0) {}
+    TrickleStream(const std::string& text, uint32_t most) : bytes(text), step(most), at(0) {}
     uint32_t read(void* buffer, uint32_t count) override
     {
         const uint32_t n = uint32_t(std::min<size_t>({count, step, bytes.size() - at}));

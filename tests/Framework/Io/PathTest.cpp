@@ -156,7 +156,11 @@ TEST(PathTest, PartsChangeOneAtATimeAndTheKindFollows)
     EXPECT_EQ(String(L"D:\\other\\report.final.pdf"), path.fullText());
     EXPECT_EQ(int(PathKind::File), int(path.kind()));
     expectThrown<Framework::ErrorException>([&] { path.setFileName(L"sub\\x.txt"); });
+    // The name passes its check, the extension fails its own: neither may stay.
+    expectThrown<Framework::ErrorException>([&] { path.setFileName(L"a.b:c"); });
+    EXPECT_EQ(String(L"report.final"), path.name());
     EXPECT_EQ(String(L"D:\\other\\report.final.pdf"), path.fullText());
+    EXPECT_EQ(path.fullText(), path.rootAndFolder() + path.nameAndExtension());
 
     Path device;
     device.setRoot(L"\\\\.\\COM2");

@@ -162,11 +162,11 @@ TEST_F(StreamTest, PositionsBeyondFourGiBStayWhole)
     FileInputStream in;
     in.open(at(L"sparse.bin"));
     EXPECT_EQ(fiveGiB + 1, in.size());
-    char byte = 0;
-    in.readExact(&byte, 1);
-    EXPECT_EQ('\0', byte);
-    in.readExact(&byte, 1);
-    EXPECT_EQ('A', byte) << "moveBackward landed on byte 1";
+    char read = 0;
+    in.readExact(&read, 1);
+    EXPECT_EQ('\0', read);
+    in.readExact(&read, 1);
+    EXPECT_EQ('A', read) << "moveBackward landed on byte 1";
     in.seek(fiveGiB - 1);
     char last[2] = {};
     in.readExact(last, 2);

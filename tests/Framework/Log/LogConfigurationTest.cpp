@@ -78,7 +78,7 @@ protected:
     std::string logOnce(const std::wstring& logFile = L"log.txt")
     {
         {
-            Logger logger(2);
+            Logger logger(LogMode::Product);
             testLogger = &logger;
             Context context(L"Test", provide);
             context.error(LOG_SITE, "after %S", L"configuration");
@@ -126,7 +126,7 @@ TEST_F(LogConfigurationTest, TheSearchTakesTheFirstPlaceThatHasAFile)
             else
                 EXPECT_TRUE(DeleteFileW(scratch.at(removed).c_str()));
         }
-        const Configuration loaded = loadConfiguration(2);
+        const Configuration loaded = loadConfiguration(LogMode::Product);
         EXPECT_EQ(step.level, loaded.defaultLevel) << narrow(step.location);
         EXPECT_EQ(String(step.location.c_str()), configurationLocation());
     }
@@ -135,13 +135,13 @@ TEST_F(LogConfigurationTest, TheSearchTakesTheFirstPlaceThatHasAFile)
     // through to the resource.
     scratch.writeFile(L"absolute.ini", "[contexts]\ndefault=ERROR\n");
     _wputenv((L"KORVALIN_LOG_CONFIG=" + scratch.at(L"absolute.ini")).c_str());
-    EXPECT_EQ(Level::Error, loadConfiguration(2).defaultLevel);
+    EXPECT_EQ(Level::Error, loadConfiguration(LogMode::Product).defaultLevel);
     EXPECT_EQ(String(scratch.at(L"absolute.ini").c_str()), configurationLocation());
     _wputenv(L"KORVALIN_LOG_CONFIG=nowhere.ini");
-    EXPECT_EQ(Level::Debug, loadConfiguration(2).defaultLevel);
+    EXPECT_EQ(Level::Debug, loadConfiguration(LogMode::Product).defaultLevel);
     EXPECT_EQ(String(L"KorvalinLogConfig"), configurationLocation());
 
-    expectThrown<ValueNotInitializedException>([] { loadConfiguration(3); });
+    expectThrown<ValueNotInitializedException>([] { loadConfiguration(LogMode(3)); });
 }
 
 // The example a support engineer starts from, with the log folder in the scratch

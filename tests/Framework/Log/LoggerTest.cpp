@@ -33,7 +33,7 @@ const wchar_t* handedLocation = L"";
 bool loaderFails = false;
 int loads = 0;
 
-Configuration handOver(uint32_t, String& location)
+Configuration handOver(LogMode, String& location)
 {
     ++loads;
     location = handedLocation;
@@ -78,7 +78,7 @@ protected:
     Logger& logger()
     {
         if (!made) {
-            made.reset(new Logger(2, handOver));
+            made.reset(new Logger(LogMode::Product, handOver));
             currentLogger = made.get();
         }
         return *made;
@@ -273,7 +273,7 @@ TEST_F(LoggerTest, ContextWithoutLoggerOrProviderFailsLoudly)
     Context none;
     expectThrown<ErrorException>([&] { none.error(LOG_SITE, "x"); });
     // A logger with no configuration at all has no writer to dispatch to.
-    Logger bare(2, handOver);
+    Logger bare(LogMode::Product, handOver);
     expectThrown<ErrorException>([&] { bare.dispatch(recordWith(L"x")); });
 }
 

@@ -6,6 +6,7 @@
 #include "Framework/Exceptions.h"
 #include "Framework/OsException.h"
 #include "support/ExpectThrown.h"
+#include "support/ImportPatch.h"
 #include "support/ScratchKey.h"
 #include "support/TextHelpers.h"
 
@@ -373,6 +374,62 @@ TEST_F(RegistryTest, AccessListsOpenUpAndComeBack)
     LocalFree(after);
 
     expectOsError(expectThrown<OsException>([&] { reader.openUnprotected(L"missing", readAccess); }), 2, 0);
+}
+
+namespace {
+
+// The stand-ins of the allocation-failure test: the first `allocationsLeft` blocks are
+// real, every later one fails; keys opened and closed are counted.
+int allocationsLeft = 0;
+int keysOpen = 0;
+ImportPatch* realAlloc = nullptr;
+ImportPatch* realOpen = nullptr;
+ImportPatch* realClose = nullptr;
+
+HLOCAL WINAPI scarceLocalAlloc(UINT flags, SIZE_T size)
+{
+    if (allocationsLeft-- > 0)
+        return reinterpret_cast<decltype(&LocalAlloc)>(realAlloc->original())(flags, size);
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+LONG WINAPI countingOpen(HKEY parent, LPCWSTR subKey, DWORD options, REGSAM access, PHKEY opened)
+{
+    const LONG result = reinterpret_cast<decltype(&RegOpenKeyExW)>(realOpen->original())(parent, subKey, options,
+                                                                                         access, opened);
+    keysOpen += result == ERROR_SUCCESS;
+    return result;
+}
+
+LONG WINAPI countingClose(HKEY key)
+{
+    const LONG result = reinterpret_cast<decltype(&RegCloseKey)>(realClose->original())(key);
+    keysOpen -= result == ERROR_SUCCESS;
+    return result;
+}
+
+}  // namespace
+
+// Each of openUnprotected's two blocks fails in turn: the memory failure of the FW
+// layer, and every key it opened closed again.
+TEST_F(RegistryTest, AnAllocationFailureOfOpenUnprotectedLeavesNothingOpen)
+{
+    scratch.addSubKey(L"guarded");
+    for (int allowed = 0; allowed < 2; ++allowed) {
+        keysOpen = 0;
+        allocationsLeft = allowed;
+        {
+            ImportPatch alloc("kernel32.dll", "LocalAlloc", reinterpret_cast<void*>(scarceLocalAlloc));
+            ImportPatch open("advapi32.dll", "RegOpenKeyExW", reinterpret_cast<void*>(countingOpen));
+            ImportPatch close("advapi32.dll", "RegCloseKey", reinterpret_cast<void*>(countingClose));
+            realAlloc = &alloc;
+            realOpen = &open;
+            realClose = &close;
+            expectThrown<fw_exception_memory>([&] { reader.openUnprotected(L"guarded", readAccess); });
+        }
+        EXPECT_EQ(0, keysOpen) << "block " << allowed + 1 << " failed";
+    }
 }
 
 TEST(RegistryViewTest, TheViewFlagReachesTheOtherView)
