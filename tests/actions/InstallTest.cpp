@@ -1,6 +1,7 @@
 // End to end: packages built by wixl, installed by msiexec under Wine. Each test
 // starts from a clean state (the product uninstalled, its registry key gone), and
 // judges the actions by what they left in the registry.
+#include "support/ActionKeys.h"
 #include "support/Clock.h"
 #include "support/Installer.h"
 #include "support/Processor.h"
@@ -15,7 +16,7 @@
 namespace {
 
 const wchar_t* const demoKey = L"Software\\WixKorvalinDemo";
-const wchar_t* const encaseKey = L"Software\\Guidance Software\\EnCase";
+const wchar_t* const encaseKey = actionKeys::encase.c_str();
 const wchar_t* const domainKey = L"Software\\WixKorvalinTests\\Domain";
 
 // The SetDomain packages' upgrade code {1776FDB0-CE3E-461A-A04C-7C4CE75F24D0} and the
@@ -23,11 +24,11 @@ const wchar_t* const domainKey = L"Software\\WixKorvalinTests\\Domain";
 // names its registry keys.
 const std::wstring domainUpgradeCode = L"0BDF6771E3ECA1640AC4C7C47EF5420D";
 const std::wstring domainProbeProduct = L"BE20F604F5A4C4344902B1939080F390";
-const std::wstring machineUpgradeCodes = L"Software\\Classes\\Installer\\UpgradeCodes\\";
-const std::wstring userUpgradeCodes = L"Software\\Microsoft\\Installer\\UpgradeCodes\\";
+using actionKeys::machineUpgradeCodes;
+using actionKeys::userUpgradeCodes;
 const std::wstring machineProducts = L"Software\\Classes\\Installer\\Products\\";
 const std::wstring userProducts = L"Software\\Microsoft\\Installer\\Products\\";
-const std::wstring uninstallEntries = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
+using actionKeys::uninstallEntries;
 
 std::string narrow(const std::wstring& text)
 {

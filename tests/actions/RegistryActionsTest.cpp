@@ -3,6 +3,7 @@
 #include "actions/CustomAction.h"
 
 #include "Framework/Exceptions.h"
+#include "support/ActionKeys.h"
 #include "support/ActionLibrary.h"
 #include "support/ExpectThrown.h"
 #include "support/InstallerSession.h"
@@ -22,11 +23,11 @@ using Framework::String;
 namespace {
 
 const std::wstring upgradeCode = L"{5A1B2C3D-4E5F-4061-8273-94A5B6C7D8E9}";
-const std::wstring machineList = L"Software\\Classes\\Installer\\UpgradeCodes\\";
-const std::wstring userList = L"Software\\Microsoft\\Installer\\UpgradeCodes\\";
+const std::wstring& machineList = actionKeys::machineUpgradeCodes;
+const std::wstring& userList = actionKeys::userUpgradeCodes;
 const std::wstring productCode = L"{0F1E2D3C-4B5A-4968-8776-A5B4C3D2E1F0}";
-const std::wstring uninstallPath = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
-const std::wstring encasePath = L"Software\\Guidance Software\\EnCase";
+const std::wstring& uninstallPath = actionKeys::uninstallEntries;
+const std::wstring& encasePath = actionKeys::encase;
 
 std::wstring packed(const std::wstring& code)
 {

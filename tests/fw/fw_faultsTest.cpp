@@ -8,6 +8,7 @@
 #include "support/ExpectThrown.h"
 #include "support/Processor.h"
 #include "support/Faults.h"
+#include "support/FwText.h"
 #include "support/ScratchKey.h"
 
 #include <windows.h>
@@ -22,11 +23,6 @@
 #include <string>
 
 namespace {
-
-std::string text(const fw_string& s)
-{
-    return s.c_str();
-}
 
 std::string hexAddress(uintptr_t value)
 {

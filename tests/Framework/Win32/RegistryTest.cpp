@@ -5,6 +5,7 @@
 
 #include "Framework/Exceptions.h"
 #include "Framework/OsException.h"
+#include "support/ArrayView.h"
 #include "support/ExpectThrown.h"
 #include "support/ImportPatch.h"
 #include "support/ScratchKey.h"
@@ -51,14 +52,6 @@ void expectMisfit(const std::unique_ptr<FormatException>& e)
 {
     ASSERT_TRUE(e);
     EXPECT_EQ(FormatException::unknownPosition, e->position);
-}
-
-std::vector<String> asVector(const Array<String>& array)
-{
-    std::vector<String> result;
-    for (uint32_t i = 0; i < array.size(); ++i)
-        result.push_back(array.at(i));
-    return result;
 }
 
 }  // namespace
