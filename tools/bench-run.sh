@@ -9,6 +9,10 @@ build=$1
 export WINEPREFIX=$build/wineprefix
 for bench in text_layer_bench io_layer_bench log_bench ini_bench exception_bench symbols/exception_bench action_bench; do
     [ -f "$build/$bench.exe" ] || continue
-    "$root/tools/wine-run" "$build/$bench.exe" || echo "bench-run: $bench failed with $?" >&2
+    arguments=()
+    # The platform's INI reader takes minutes for 10,000 keys when emulated: time it on
+    # the first 500 and scale (the line says so).
+    [ "$bench" = ini_bench ] && [ -n "${KORVALIN_EMULATED:-}" ] && arguments=(500)
+    "$root/tools/wine-run" "$build/$bench.exe" "${arguments[@]}" || echo "bench-run: $bench failed with $?" >&2
 done
 "$root/tools/wine-prefix" stop "$build/wineprefix"
