@@ -96,11 +96,11 @@ EXCEPTION_DISPOSITION __cdecl landing_handler(EXCEPTION_RECORD* record, void* es
 class landing_scope
 {
 public:
-    explicit landing_scope(fw_landing& landing) : landing(landing)
+    explicit landing_scope(fw_landing& record) : landing(record)
     {
-        landing.next = seh_head();
-        landing.handler = reinterpret_cast<void*>(&landing_handler);
-        set_seh_head(&landing);
+        record.next = seh_head();
+        record.handler = reinterpret_cast<void*>(&landing_handler);
+        set_seh_head(&record);
     }
     ~landing_scope() { set_seh_head(landing.next); }
     landing_scope(const landing_scope&) = delete;
