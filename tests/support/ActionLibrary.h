@@ -19,6 +19,7 @@ public:
     // Null when the DLL has no such export.
     Action action(const char* exportName) const;
     UINT call(const char* exportName, MSIHANDLE session) const;
+    HMODULE handle() const { return module; }
 
 private:
     HMODULE module;

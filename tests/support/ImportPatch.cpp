@@ -16,10 +16,10 @@ bool writeSlot(void** slot, void* value)
     return true;
 }
 
-// The import table entry of `function` from `dll` in the program's image, or null.
-void** findSlot(const char* dll, const char* function)
+// The import table entry of `function` from `dll` in the module's image, or null.
+void** findSlot(HMODULE module, const char* dll, const char* function)
 {
-    auto* base = reinterpret_cast<BYTE*>(GetModuleHandleW(nullptr));
+    auto* base = reinterpret_cast<BYTE*>(module ? module : GetModuleHandleW(nullptr));
     const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
     const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
     const IMAGE_DATA_DIRECTORY& imports = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
@@ -44,11 +44,11 @@ void** findSlot(const char* dll, const char* function)
 
 }  // namespace
 
-ImportPatch::ImportPatch(const char* dll, const char* function, void* standIn)
-    : slot(findSlot(dll, function)), saved(nullptr)
+ImportPatch::ImportPatch(const char* dll, const char* function, void* standIn, HMODULE module)
+    : slot(findSlot(module, dll, function)), saved(nullptr)
 {
     if (!slot)
-        throw std::runtime_error(std::string("the program does not import ") + function + " from " + dll);
+        throw std::runtime_error(std::string("the module does not import ") + function + " from " + dll);
     saved = *slot;
     if (!writeSlot(slot, standIn))
         throw std::runtime_error(std::string("the import slot of ") + function + " can't be written");

@@ -1,8 +1,9 @@
-// Puts a stand-in in place of one function that this program imports from a system
-// DLL, for the patch's lifetime. Only the program's own import table changes: the
-// code linked into the program (the layers under test) calls the stand-in, while
-// every other module, the system's own DLLs included, keeps the real function. For
-// the failures the platform won't produce on demand, such as a failed allocation.
+// Puts a stand-in in place of one function that a module imports from a system DLL,
+// for the patch's lifetime. Only that module's import table changes: its code calls
+// the stand-in, while every other module, the system's own DLLs included, keeps the
+// real function. The module is the program itself unless one is named, such as an
+// action DLL loaded for the test. For the failures the platform won't produce on
+// demand, such as a failed allocation or a registry key refused for writing.
 //
 //   ImportPatch patch("kernel32.dll", "LocalAlloc", reinterpret_cast<void*>(failingAlloc));
 //   ... code under test ...        // the stand-in answers; patch.original() is the real one
@@ -12,8 +13,8 @@
 class ImportPatch
 {
 public:
-    // Throws std::runtime_error when the program doesn't import that function.
-    ImportPatch(const char* dll, const char* function, void* standIn);
+    // Throws std::runtime_error when the module doesn't import that function.
+    ImportPatch(const char* dll, const char* function, void* standIn, HMODULE module = nullptr);
     ~ImportPatch();
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;

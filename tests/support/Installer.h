@@ -1,6 +1,7 @@
-// Running packages the way a person does: msiexec in its own process, waited for,
-// and what it left in the registry afterwards. Wine's engine reports a crashed or
-// missing action as a success, so tests look at effects, not only at exit codes.
+// Running programs and packages the way a person does: msiexec in its own process,
+// waited for, and what it left in the registry afterwards. Wine's engine reports a
+// crashed or missing action as a success, so tests look at effects, not only at
+// exit codes.
 #pragma once
 #include <windows.h>
 
@@ -14,8 +15,6 @@ DWORD runProgram(const std::wstring& commandLine);
 // The same, with the program's standard output read from a pipe into `output`, as
 // the bytes it wrote.
 DWORD runProgram(const std::wstring& commandLine, std::string& output);
-// Runs "msiexec <arguments>" and returns its exit code.
-DWORD runMsiexec(const std::wstring& arguments);
 // Quiet install and uninstall with a verbose log beside the package. properties go on
 // the command line ("NAME=value ..."); the engine takes their names in upper case.
 DWORD installQuietly(const std::wstring& package, const std::wstring& properties = L"");
@@ -23,21 +22,13 @@ DWORD uninstallQuietly(const std::wstring& package);
 // The lines of the verbose log of the package's last installQuietly that carry
 // "WixKorvalin <action>: ", from that heading on, in order.
 std::vector<std::string> installLogLines(const std::wstring& package, const std::string& action);
-// The package's ProductCode, from its Property table.
-std::wstring productCodeOf(const std::wstring& package);
-// Whether the engine knows the package's product in any state: what msiexec /x would
-// remove. Cheaper than an msiexec run that finds nothing to do.
-bool isInstalled(const std::wstring& package);
 
-// A string value, or false when the key or the value is missing. view is 0,
-// KEY_WOW64_32KEY or KEY_WOW64_64KEY.
+// A REG_SZ value, or false when the key or the value is missing or of another type.
+// view is 0, KEY_WOW64_32KEY or KEY_WOW64_64KEY.
 bool readRegistryString(HKEY root, const std::wstring& key, const std::wstring& name, std::wstring& value,
                         REGSAM view = 0);
 // A REG_DWORD value, or false when the key or the value is missing or of another type.
 bool readRegistryDword(HKEY root, const std::wstring& key, const std::wstring& name, DWORD& value,
                        REGSAM view = 0);
-// Creates the key where needed.
-void writeRegistryDword(HKEY root, const std::wstring& key, const std::wstring& name, DWORD value,
-                        REGSAM view = 0);
 bool registryKeyExists(HKEY root, const std::wstring& key, REGSAM view = 0);
 void deleteRegistryTree(HKEY root, const std::wstring& key, REGSAM view = 0);

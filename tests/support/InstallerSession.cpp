@@ -14,14 +14,6 @@ void check(UINT result, const char* what)
         throw std::runtime_error(std::string(what) + " failed with " + std::to_string(result));
 }
 
-void execute(MSIHANDLE database, const wchar_t* sql)
-{
-    MSIHANDLE view = 0;
-    check(MsiDatabaseOpenViewW(database, sql, &view), "MsiDatabaseOpenView");
-    check(MsiViewExecute(view, 0), "MsiViewExecute");
-    MsiCloseHandle(view);
-}
-
 std::wstring scratchPackagePath()
 {
     wchar_t folder[MAX_PATH];
@@ -31,46 +23,36 @@ std::wstring scratchPackagePath()
     return file;
 }
 
+// An empty package database but for the summary information that Wine's engine
+// insists on: a template and a package code.
+void makePackage(const std::wstring& path)
+{
+    DeleteFileW(path.c_str());
+    PMSIHANDLE database;
+    check(MsiOpenDatabaseW(path.c_str(), reinterpret_cast<LPCWSTR>(MSIDBOPEN_CREATE), &database), "MsiOpenDatabase");
+    {
+        PMSIHANDLE summary;
+        check(MsiGetSummaryInformationW(database, nullptr, 20, &summary), "MsiGetSummaryInformation");
+        GUID packageCode;
+        CoCreateGuid(&packageCode);
+        wchar_t packageCodeText[40];
+        StringFromGUID2(packageCode, packageCodeText, 40);
+        check(MsiSummaryInfoSetPropertyW(summary, PIDSI_TEMPLATE, VT_LPSTR, 0, nullptr, L"Intel;1033"), "template");
+        check(MsiSummaryInfoSetPropertyW(summary, PIDSI_REVNUMBER, VT_LPSTR, 0, nullptr, packageCodeText), "code");
+        check(MsiSummaryInfoPersist(summary), "MsiSummaryInfoPersist");
+    }
+    check(MsiDatabaseCommit(database), "MsiDatabaseCommit");
+}
+
 }  // namespace
 
-InstallerSession::InstallerSession(const std::map<std::wstring, std::wstring>& properties)
-    : path(scratchPackagePath())
+InstallerSession::InstallerSession(const Properties& properties) : path(scratchPackagePath())
 {
     MsiSetInternalUI(INSTALLUILEVEL_NONE, nullptr);
-    DeleteFileW(path.c_str());
-    MSIHANDLE database = 0;
-    check(MsiOpenDatabaseW(path.c_str(), reinterpret_cast<LPCWSTR>(MSIDBOPEN_CREATE), &database), "MsiOpenDatabase");
-    execute(database,
-            L"CREATE TABLE `Property` (`Property` CHAR(72) NOT NULL, `Value` CHAR(0) NOT NULL LOCALIZABLE "
-            L"PRIMARY KEY `Property`)");
-    for (const auto& entry : properties) {
-        if (entry.second.empty())
-            continue;  // the table can't hold an empty value: such a property is simply not set
-        MSIHANDLE view = 0;
-        check(MsiDatabaseOpenViewW(database, L"INSERT INTO `Property` (`Property`, `Value`) VALUES (?, ?)", &view),
-              "MsiDatabaseOpenView");
-        MSIHANDLE record = MsiCreateRecord(2);
-        MsiRecordSetStringW(record, 1, entry.first.c_str());
-        MsiRecordSetStringW(record, 2, entry.second.c_str());
-        check(MsiViewExecute(view, record), "insert property");
-        MsiCloseHandle(record);
-        MsiCloseHandle(view);
-    }
-    MSIHANDLE summary = 0;
-    check(MsiGetSummaryInformationW(database, nullptr, 20, &summary), "MsiGetSummaryInformation");
-    GUID revision;
-    CoCreateGuid(&revision);
-    wchar_t revisionText[40];
-    StringFromGUID2(revision, revisionText, 40);
-    check(MsiSummaryInfoSetPropertyW(summary, PIDSI_TEMPLATE, VT_LPSTR, 0, nullptr, L"Intel;1033"), "template");
-    check(MsiSummaryInfoSetPropertyW(summary, PIDSI_REVNUMBER, VT_LPSTR, 0, nullptr, revisionText), "revision");
-    check(MsiSummaryInfoSetPropertyW(summary, PIDSI_PAGECOUNT, VT_I4, 200, nullptr, nullptr), "page count");
-    check(MsiSummaryInfoSetPropertyW(summary, PIDSI_WORDCOUNT, VT_I4, 2, nullptr, nullptr), "word count");
-    check(MsiSummaryInfoPersist(summary), "MsiSummaryInfoPersist");
-    MsiCloseHandle(summary);
-    check(MsiDatabaseCommit(database), "MsiDatabaseCommit");
-    MsiCloseHandle(database);
+    makePackage(path);
     check(MsiOpenPackageW(path.c_str(), &session), "MsiOpenPackage");
+    for (const auto& entry : properties)
+        setProperty(entry.first, entry.second);
 }
 
 InstallerSession::~InstallerSession()
@@ -85,8 +67,7 @@ std::wstring InstallerSession::property(const std::wstring& name) const
     DWORD length = 0;
     wchar_t empty[1] = {0};
     MsiGetPropertyW(session, name.c_str(), empty, &length);
-    std::vector<wchar_t> value(length + 1);
-    length += 1;
+    std::vector<wchar_t> value(++length);
     MsiGetPropertyW(session, name.c_str(), value.data(), &length);
     return std::wstring(value.data(), length);
 }
@@ -96,8 +77,7 @@ void InstallerSession::setProperty(const std::wstring& name, const std::wstring&
     check(MsiSetPropertyW(session, name.c_str(), value.c_str()), "MsiSetProperty");
 }
 
-InfoRecords::InfoRecords(const InstallerSession& of, int answering, bool closing)
-    : session(of.handle()), answer(answering), closeRecord(closing)
+InfoRecords::InfoRecords(const InstallerSession& of, int answering) : session(of.handle()), answer(answering)
 {
     MsiSetExternalUIRecord(handle, INSTALLLOGMODE_INFO, this, nullptr);
 }
@@ -115,12 +95,9 @@ int __stdcall InfoRecords::handle(void* context, UINT type, MSIHANDLE record)
     DWORD length = 0;
     wchar_t empty[1] = {0};
     MsiFormatRecordW(self.session, record, empty, &length);
-    std::vector<wchar_t> text(length + 1);
-    length += 1;
+    std::vector<wchar_t> text(++length);
     MsiFormatRecordW(self.session, record, text.data(), &length);
     self.lines.emplace_back(text.data(), length);
-    if (self.closeRecord)
-        MsiCloseHandle(record);
     return self.answer;
 }
 

@@ -1,6 +1,7 @@
-// A real installer session for tests: a package database made on disk with the given
-// properties (and the summary information the engine insists on), opened with
-// MsiOpenPackageW. The database file is removed when the session goes.
+// A real installer session for tests: an empty package database made on disk, opened
+// with MsiOpenPackageW, and the given properties set on the session (so a text keeps
+// every character, where the database would keep its code page's). The database file
+// is removed when the session goes.
 #pragma once
 #include <windows.h>
 #include <msi.h>
@@ -14,12 +15,13 @@ using Properties = std::map<std::wstring, std::wstring>;
 class InstallerSession
 {
 public:
-    explicit InstallerSession(const std::map<std::wstring, std::wstring>& properties = {});
+    explicit InstallerSession(const Properties& properties = {});
     ~InstallerSession();
     InstallerSession(const InstallerSession&) = delete;
     InstallerSession& operator=(const InstallerSession&) = delete;
 
     MSIHANDLE handle() const { return session; }
+    // The whole value, a NUL inside it included.
     std::wstring property(const std::wstring& name) const;
     void setProperty(const std::wstring& name, const std::wstring& value);
 
@@ -32,13 +34,11 @@ private:
 // process while it lives, as text: each record formatted against `session` (its
 // properties resolved, as msiexec's verbose log has them). It is the engine's
 // external record handler (MsiSetExternalUIRecord), process-wide: one at a time, and
-// none is left when it goes. `answer` is what the handler gives back for each record;
-// with closeRecord it first closes the record's handle, as a session that rejects the
-// record would leave it.
+// none is left when it goes. `answer` is what the handler gives back for each record.
 class InfoRecords
 {
 public:
-    explicit InfoRecords(const InstallerSession& session, int answer = IDOK, bool closeRecord = false);
+    explicit InfoRecords(const InstallerSession& session, int answer = IDOK);
     ~InfoRecords();
     InfoRecords(const InfoRecords&) = delete;
     InfoRecords& operator=(const InfoRecords&) = delete;
@@ -51,6 +51,5 @@ private:
 
     MSIHANDLE session;
     int answer;
-    bool closeRecord;
     std::vector<std::wstring> lines;
 };

@@ -4,74 +4,23 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
-#include <sstream>
 
 namespace {
 
 const wchar_t* const mailClients = L"SOFTWARE\\Clients\\Mail";
+const wchar_t* const clientName = L"WixKorvalin Test Mail";
+const std::wstring clientKey = std::wstring(mailClients) + L"\\" + clientName;
 const wchar_t* const ordersKey = L"Software\\WixKorvalin Tests\\Mail client";
-
-HKEY createKey(HKEY root, const std::wstring& path)
-{
-    HKEY key = nullptr;
-    const LONG status = RegCreateKeyExW(root, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
-    if (status != ERROR_SUCCESS)
-        throw std::runtime_error("cannot create a key for the mail client");
-    return key;
-}
 
 void setText(HKEY root, const std::wstring& path, const wchar_t* name, const std::wstring& value)
 {
-    const HKEY key = createKey(root, path);
-    RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
-                   DWORD((value.size() + 1) * sizeof(wchar_t)));
-    RegCloseKey(key);
-}
-
-bool readText(HKEY root, const std::wstring& path, const wchar_t* name, std::wstring& value)
-{
-    wchar_t buffer[1024];
-    DWORD size = sizeof buffer - sizeof(wchar_t);
-    DWORD type = 0;
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
-        return false;
-    const LONG status = RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(buffer), &size);
-    RegCloseKey(key);
-    if (status != ERROR_SUCCESS || type != REG_SZ)
-        return false;
-    buffer[size / sizeof(wchar_t)] = 0;
-    value = buffer;
-    return true;
-}
-
-void deleteValue(HKEY root, const std::wstring& path, const wchar_t* name)
-{
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_ALL_ACCESS, &key) != ERROR_SUCCESS)
-        return;
-    RegDeleteValueW(key, name);
-    RegCloseKey(key);
-}
-
-std::string unescape(const std::string& text)
-{
-    std::string result;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\\' || i + 1 == text.size()) {
-            result += text[i];
-            continue;
-        }
-        const char next = text[++i];
-        result += next == 'r' ? '\r' : next == 'n' ? '\n' : next;
-    }
-    return result;
+    EXPECT_EQ(ERROR_SUCCESS, RegSetKeyValueW(root, path.c_str(), name, REG_SZ, value.c_str(),
+                                             DWORD((value.size() + 1) * sizeof(wchar_t))));
 }
 
 }  // namespace
-
-const wchar_t* const MailClient::clientName = L"WixKorvalin Test Mail";
 
 std::string MailCall::operator[](const std::string& key) const
 {
@@ -87,10 +36,7 @@ std::wstring MailClient::libraryPath()
 {
     // CTest's path may come with forward slashes; a real client registers backslashes.
     std::wstring path = testSetting("KORVALIN_MAIL_CLIENT_DLL");
-    for (wchar_t& c : path) {
-        if (c == L'/')
-            c = L'\\';
-    }
+    std::replace(path.begin(), path.end(), L'/', L'\\');
     return path;
 }
 
@@ -110,62 +56,55 @@ MailClient::MailClient(Registration registration)
     GetTempPathW(MAX_PATH, folder);
     recordPath = std::wstring(folder) + L"WixKorvalin mail record.txt";
     DeleteFileW(recordPath.c_str());
-    setOrder(L"Record", recordPath);
-    setOrder(L"Answer", L"success");
+    setText(HKEY_CURRENT_USER, ordersKey, L"Record", recordPath);
+    answer("success");
 
-    hadDefault = readText(HKEY_LOCAL_MACHINE, mailClients, nullptr, previousDefault);
+    wchar_t previous[1024];
+    DWORD size = sizeof previous;
+    hadDefault = RegGetValueW(HKEY_LOCAL_MACHINE, mailClients, nullptr, RRF_RT_REG_SZ, nullptr, previous, &size) ==
+                 ERROR_SUCCESS;
+    if (hadDefault)
+        previousDefault = previous;
     if (registration == Registration::asDefault) {
         setText(HKEY_LOCAL_MACHINE, mailClients, nullptr, clientName);
-        setText(HKEY_LOCAL_MACHINE, std::wstring(mailClients) + L"\\" + clientName, L"DllPath", libraryPath());
+        setText(HKEY_LOCAL_MACHINE, clientKey, L"DllPath", libraryPath());
     } else {
-        deleteValue(HKEY_LOCAL_MACHINE, mailClients, nullptr);
+        RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, mailClients, nullptr);
     }
 }
 
 MailClient::~MailClient()
 {
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, (std::wstring(mailClients) + L"\\" + clientName).c_str());
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, clientKey.c_str());
     if (hadDefault)
         setText(HKEY_LOCAL_MACHINE, mailClients, nullptr, previousDefault);
     else
-        deleteValue(HKEY_LOCAL_MACHINE, mailClients, nullptr);
+        RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, mailClients, nullptr);
     RegDeleteTreeW(HKEY_CURRENT_USER, ordersKey);
     DeleteFileW(recordPath.c_str());
 }
 
-void MailClient::setOrder(const wchar_t* name, const std::wstring& value)
-{
-    setText(HKEY_CURRENT_USER, ordersKey, name, value);
-}
-
 void MailClient::answer(const std::string& answer)
 {
-    setOrder(L"Answer", std::wstring(answer.begin(), answer.end()));
+    setText(HKEY_CURRENT_USER, ordersKey, L"Answer", std::wstring(answer.begin(), answer.end()));
 }
 
 void MailClient::setDllPath(DWORD type, const void* data, DWORD size)
 {
-    const HKEY key = createKey(HKEY_LOCAL_MACHINE, std::wstring(mailClients) + L"\\" + clientName);
-    RegSetValueExW(key, L"DllPath", 0, type, static_cast<const BYTE*>(data), size);
-    RegCloseKey(key);
+    EXPECT_EQ(ERROR_SUCCESS, RegSetKeyValueW(HKEY_LOCAL_MACHINE, clientKey.c_str(), L"DllPath", type, data, size));
 }
 
 void MailClient::deleteDllPath()
 {
-    deleteValue(HKEY_LOCAL_MACHINE, std::wstring(mailClients) + L"\\" + clientName, L"DllPath");
+    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, clientKey.c_str(), L"DllPath");
 }
 
 std::vector<MailCall> MailClient::calls() const
 {
     std::vector<MailCall> result;
     std::ifstream record(recordPath.c_str(), std::ios::binary);
-    std::string line;
-    while (std::getline(record, line)) {
-        const size_t equals = line.find('=');
-        if (equals == std::string::npos)
-            continue;
-        const std::string key = line.substr(0, equals);
-        const std::string value = unescape(line.substr(equals + 1));
+    std::string key, value;
+    while (std::getline(record, key, '\0') && std::getline(record, value, '\0')) {
         if (key == "call")
             result.push_back(MailCall{value, {}});
         else if (!result.empty())

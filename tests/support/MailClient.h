@@ -56,11 +56,8 @@ public:
     // The copy named MAPI32.DLL beside the test program: where the sender's fallback
     // lands, with backslashes.
     static std::wstring fallbackLibraryPath();
-    static const wchar_t* const clientName;
 
 private:
-    void setOrder(const wchar_t* name, const std::wstring& value);
-
     std::wstring recordPath;
     bool hadDefault = false;
     std::wstring previousDefault;
