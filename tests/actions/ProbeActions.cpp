@@ -1,26 +1,9 @@
-// A test-only action DLL: the same frame as the product's exports, with actions
-// that end in ways no product action can be made to end on demand. It shows what
-// the frame and the installer engine do with an exception no handler takes.
+// A second module that links the library's layers the way WixKorvalin.dll does, with
+// one action in the same frame: for the tests of what such a module does to msvcrt
+// while it is loaded and once it is unloaded (log_config_tests).
 #include "actions/ActionFrame.h"
 
-#include "Framework/Exceptions.h"
-
-namespace {
-
-struct ProbeAction : CustomAction
+extern "C" UINT __stdcall ProbeSetProperties(MSIHANDLE hInstall) noexcept
 {
-    using CustomAction::CustomAction;
-    void throwUncaught() { throw new Framework::ErrorException(SITE); }
-};
-
-}  // namespace
-
-extern "C" UINT __stdcall ThrowUncaught(MSIHANDLE hInstall) noexcept
-{
-    {
-        ProbeAction call(hInstall, "ThrowUncaught");
-        call.setProperty("PROBE_STARTED", "1");
-        call.throwUncaught();
-    }
-    return ERROR_SUCCESS;
+    return runAction<&CustomAction::setProperties>(hInstall, "ProbeSetProperties");
 }

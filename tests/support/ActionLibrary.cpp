@@ -1,18 +1,15 @@
 #include "ActionLibrary.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
-#include <vector>
 
 std::wstring testSetting(const char* name)
 {
-    const char* value = std::getenv(name);
+    const wchar_t* value = _wgetenv(std::wstring(name, name + std::strlen(name)).c_str());
     if (!value || !*value)
         throw std::runtime_error(std::string("the test needs the environment variable ") + name);
-    const int n = MultiByteToWideChar(CP_ACP, 0, value, -1, nullptr, 0);
-    std::vector<wchar_t> wide(n);
-    MultiByteToWideChar(CP_ACP, 0, value, -1, wide.data(), n);
-    return std::wstring(wide.data());
+    return value;
 }
 
 ActionLibrary::ActionLibrary(const char* pathVariable)
@@ -34,7 +31,7 @@ ActionLibrary::Action ActionLibrary::action(const char* exportName) const
 
 UINT ActionLibrary::call(const char* exportName, MSIHANDLE session) const
 {
-    Action entry = action(exportName);
+    const Action entry = action(exportName);
     if (!entry)
         throw std::runtime_error(std::string("no export ") + exportName);
     return entry(session);

@@ -6,14 +6,13 @@
 
 namespace {
 
-bool writeSlot(void** slot, void* value)
+void writeSlot(void** slot, void* value)
 {
     DWORD old = 0;
     if (!VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &old))
-        return false;
+        throw std::runtime_error("an import slot can't be written");
     *slot = value;
     VirtualProtect(slot, sizeof *slot, old, &old);
-    return true;
 }
 
 // The import table entry of `function` from `dll` in the module's image, or null.
@@ -22,11 +21,8 @@ void** findSlot(HMODULE module, const char* dll, const char* function)
     auto* base = reinterpret_cast<BYTE*>(module ? module : GetModuleHandleW(nullptr));
     const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
     const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-    const IMAGE_DATA_DIRECTORY& imports = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-    if (imports.VirtualAddress == 0)
-        return nullptr;
-    for (auto* entry = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + imports.VirtualAddress);
-         entry->Name != 0; ++entry) {
+    const DWORD imports = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    for (auto* entry = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + imports); entry->Name != 0; ++entry) {
         if (_stricmp(reinterpret_cast<const char*>(base + entry->Name), dll) != 0)
             continue;
         const auto* names = reinterpret_cast<const IMAGE_THUNK_DATA*>(base + entry->OriginalFirstThunk);
@@ -50,8 +46,7 @@ ImportPatch::ImportPatch(const char* dll, const char* function, void* standIn, H
     if (!slot)
         throw std::runtime_error(std::string("the module does not import ") + function + " from " + dll);
     saved = *slot;
-    if (!writeSlot(slot, standIn))
-        throw std::runtime_error(std::string("the import slot of ") + function + " can't be written");
+    writeSlot(slot, standIn);
 }
 
 ImportPatch::~ImportPatch()

@@ -6,10 +6,7 @@
 #include <windows.h>
 
 #include <string>
-#include <vector>
 
-// A package built for the tests, by file name, from KORVALIN_PACKAGES.
-std::wstring testPackage(const wchar_t* fileName);
 // Runs a command line in a process of its own, waits for it, returns its exit code.
 DWORD runProgram(const std::wstring& commandLine);
 // The same, with the program's standard output read from a pipe into `output`, as
@@ -19,16 +16,10 @@ DWORD runProgram(const std::wstring& commandLine, std::string& output);
 // the command line ("NAME=value ..."); the engine takes their names in upper case.
 DWORD installQuietly(const std::wstring& package, const std::wstring& properties = L"");
 DWORD uninstallQuietly(const std::wstring& package);
-// The lines of the verbose log of the package's last installQuietly that carry
-// "WixKorvalin <action>: ", from that heading on, in order.
-std::vector<std::string> installLogLines(const std::wstring& package, const std::string& action);
+// Whether the verbose log of the package's last installQuietly has a line that ends
+// in `line` (the engine may put its own heading before it).
+bool installLogged(const std::wstring& package, const std::string& line);
 
-// A REG_SZ value, or false when the key or the value is missing or of another type.
 // view is 0, KEY_WOW64_32KEY or KEY_WOW64_64KEY.
-bool readRegistryString(HKEY root, const std::wstring& key, const std::wstring& name, std::wstring& value,
-                        REGSAM view = 0);
-// A REG_DWORD value, or false when the key or the value is missing or of another type.
-bool readRegistryDword(HKEY root, const std::wstring& key, const std::wstring& name, DWORD& value,
-                       REGSAM view = 0);
 bool registryKeyExists(HKEY root, const std::wstring& key, REGSAM view = 0);
 void deleteRegistryTree(HKEY root, const std::wstring& key, REGSAM view = 0);

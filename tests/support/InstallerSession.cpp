@@ -4,7 +4,6 @@
 #include <objbase.h>
 
 #include <stdexcept>
-#include <vector>
 
 namespace {
 
@@ -14,22 +13,17 @@ void check(UINT result, const char* what)
         throw std::runtime_error(std::string(what) + " failed with " + std::to_string(result));
 }
 
-std::wstring scratchPackagePath()
+// A scratch package database, empty but for the summary information that Wine's
+// engine insists on: a template and a package code. Its path.
+std::wstring makePackage()
 {
     wchar_t folder[MAX_PATH];
-    wchar_t file[MAX_PATH];
+    wchar_t path[MAX_PATH];
     GetTempPathW(MAX_PATH, folder);
-    GetTempFileNameW(folder, L"ks", 0, file);
-    return file;
-}
-
-// An empty package database but for the summary information that Wine's engine
-// insists on: a template and a package code.
-void makePackage(const std::wstring& path)
-{
-    DeleteFileW(path.c_str());
+    GetTempFileNameW(folder, L"ks", 0, path);
+    DeleteFileW(path);
     PMSIHANDLE database;
-    check(MsiOpenDatabaseW(path.c_str(), reinterpret_cast<LPCWSTR>(MSIDBOPEN_CREATE), &database), "MsiOpenDatabase");
+    check(MsiOpenDatabaseW(path, reinterpret_cast<LPCWSTR>(MSIDBOPEN_CREATE), &database), "MsiOpenDatabase");
     {
         PMSIHANDLE summary;
         check(MsiGetSummaryInformationW(database, nullptr, 20, &summary), "MsiGetSummaryInformation");
@@ -42,14 +36,14 @@ void makePackage(const std::wstring& path)
         check(MsiSummaryInfoPersist(summary), "MsiSummaryInfoPersist");
     }
     check(MsiDatabaseCommit(database), "MsiDatabaseCommit");
+    return path;
 }
 
 }  // namespace
 
-InstallerSession::InstallerSession(const Properties& properties) : path(scratchPackagePath())
+InstallerSession::InstallerSession(const Properties& properties) : path(makePackage())
 {
     MsiSetInternalUI(INSTALLUILEVEL_NONE, nullptr);
-    makePackage(path);
     check(MsiOpenPackageW(path.c_str(), &session), "MsiOpenPackage");
     for (const auto& entry : properties)
         setProperty(entry.first, entry.second);
@@ -57,19 +51,16 @@ InstallerSession::InstallerSession(const Properties& properties) : path(scratchP
 
 InstallerSession::~InstallerSession()
 {
-    if (session)
-        MsiCloseHandle(session);
+    MsiCloseHandle(session);
     DeleteFileW(path.c_str());
 }
 
 std::wstring InstallerSession::property(const std::wstring& name) const
 {
-    DWORD length = 0;
-    wchar_t empty[1] = {0};
-    MsiGetPropertyW(session, name.c_str(), empty, &length);
-    std::vector<wchar_t> value(++length);
-    MsiGetPropertyW(session, name.c_str(), value.data(), &length);
-    return std::wstring(value.data(), length);
+    wchar_t value[4096];
+    DWORD length = 4096;
+    MsiGetPropertyW(session, name.c_str(), value, &length);
+    return std::wstring(value, length < 4096 ? length : 4095);
 }
 
 void InstallerSession::setProperty(const std::wstring& name, const std::wstring& value)
@@ -92,12 +83,10 @@ int __stdcall InfoRecords::handle(void* context, UINT type, MSIHANDLE record)
     InfoRecords& self = *static_cast<InfoRecords*>(context);
     if ((type & 0xFF000000) != INSTALLMESSAGE_INFO)
         return 0;
-    DWORD length = 0;
-    wchar_t empty[1] = {0};
-    MsiFormatRecordW(self.session, record, empty, &length);
-    std::vector<wchar_t> text(++length);
-    MsiFormatRecordW(self.session, record, text.data(), &length);
-    self.lines.emplace_back(text.data(), length);
+    wchar_t text[4096];
+    DWORD length = 4096;
+    MsiFormatRecordW(self.session, record, text, &length);
+    self.lines.emplace_back(text, length < 4096 ? length : 4095);
     return self.answer;
 }
 

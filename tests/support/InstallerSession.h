@@ -21,7 +21,7 @@ public:
     InstallerSession& operator=(const InstallerSession&) = delete;
 
     MSIHANDLE handle() const { return session; }
-    // The whole value, a NUL inside it included.
+    // The whole value, a NUL inside it included, up to 4095 characters.
     std::wstring property(const std::wstring& name) const;
     void setProperty(const std::wstring& name, const std::wstring& value);
 
@@ -35,6 +35,7 @@ private:
 // properties resolved, as msiexec's verbose log has them). It is the engine's
 // external record handler (MsiSetExternalUIRecord), process-wide: one at a time, and
 // none is left when it goes. `answer` is what the handler gives back for each record.
+// A line longer than 4095 characters is cut.
 class InfoRecords
 {
 public:

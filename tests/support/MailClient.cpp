@@ -22,16 +22,6 @@ void setText(HKEY root, const std::wstring& path, const wchar_t* name, const std
 
 }  // namespace
 
-std::string MailCall::operator[](const std::string& key) const
-{
-    const auto found = fields.find(key);
-    if (found == fields.end()) {
-        ADD_FAILURE() << name << " has no field " << key;
-        return "<missing>";
-    }
-    return found->second;
-}
-
 std::wstring MailClient::libraryPath()
 {
     // CTest's path may come with forward slashes; a real client registers backslashes.
@@ -59,12 +49,10 @@ MailClient::MailClient(Registration registration)
     setText(HKEY_CURRENT_USER, ordersKey, L"Record", recordPath);
     answer("success");
 
-    wchar_t previous[1024];
+    wchar_t previous[1024] = L"";
     DWORD size = sizeof previous;
-    hadDefault = RegGetValueW(HKEY_LOCAL_MACHINE, mailClients, nullptr, RRF_RT_REG_SZ, nullptr, previous, &size) ==
-                 ERROR_SUCCESS;
-    if (hadDefault)
-        previousDefault = previous;
+    RegGetValueW(HKEY_LOCAL_MACHINE, mailClients, nullptr, RRF_RT_REG_SZ, nullptr, previous, &size);
+    previousDefault = previous;
     if (registration == Registration::asDefault) {
         setText(HKEY_LOCAL_MACHINE, mailClients, nullptr, clientName);
         setText(HKEY_LOCAL_MACHINE, clientKey, L"DllPath", libraryPath());
@@ -76,7 +64,7 @@ MailClient::MailClient(Registration registration)
 MailClient::~MailClient()
 {
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, clientKey.c_str());
-    if (hadDefault)
+    if (!previousDefault.empty())
         setText(HKEY_LOCAL_MACHINE, mailClients, nullptr, previousDefault);
     else
         RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, mailClients, nullptr);
@@ -116,10 +104,9 @@ std::vector<MailCall> MailClient::calls() const
 std::vector<MailCall> MailClient::sends() const
 {
     std::vector<MailCall> result;
-    for (const MailCall& call : calls()) {
+    for (const MailCall& call : calls())
         if (call.name == "MAPISendMail")
             result.push_back(call);
-    }
     return result;
 }
 

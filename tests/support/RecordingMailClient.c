@@ -18,15 +18,17 @@
 #include <windows.h>
 #include <mapi.h>
 
+#include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
+
+extern IMAGE_DOS_HEADER __ImageBase;  // this library's own image, as the linker names it
 
 #define CONTROL_KEY "Software\\WixKorvalin Tests\\Mail client"
 #define SESSION 0x5E55
 
 static void readOrder(const char* name, char* value, DWORD size)
 {
-    value[0] = 0;
     if (RegGetValueA(HKEY_CURRENT_USER, CONTROL_KEY, name, RRF_RT_REG_SZ, NULL, value, &size) != ERROR_SUCCESS)
         value[0] = 0;
 }
@@ -38,16 +40,21 @@ static int answerIs(const char* wanted)
     return strcmp(answer, wanted) == 0;
 }
 
-static void text(FILE* record, const char* key, const char* value)
+// One field: its key, printf-style, and its text.
+static void field(FILE* record, const char* value, const char* keyFormat, ...)
 {
-    fprintf(record, "%s%c%s%c", key, 0, value ? value : "<null>", 0);
+    va_list args;
+    va_start(args, keyFormat);
+    vfprintf(record, keyFormat, args);
+    va_end(args);
+    fprintf(record, "%c%s%c", 0, value ? value : "<null>", 0);
 }
 
 static void number(FILE* record, const char* key, unsigned long value)
 {
     char digits[16];
     snprintf(digits, sizeof digits, "%lu", value);
-    text(record, key, digits);
+    field(record, digits, "%s", key);
 }
 
 static FILE* openRecord(const char* call)
@@ -58,22 +65,10 @@ static FILE* openRecord(const char* call)
     if (!record)
         return NULL;
     char module[MAX_PATH] = "";
-    HMODULE self = NULL;
-    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       (LPCSTR)&openRecord, &self);
-    GetModuleFileNameA(self, module, sizeof module);
-    text(record, "call", call);
-    text(record, "module", module);
+    GetModuleFileNameA((HMODULE)&__ImageBase, module, sizeof module);
+    field(record, call, "call");
+    field(record, module, "module");
     return record;
-}
-
-static void recipient(FILE* record, const char* prefix, const MapiRecipDesc* who)
-{
-    char key[64];
-    snprintf(key, sizeof key, "%s.name", prefix);
-    text(record, key, who ? who->lpszName : NULL);
-    snprintf(key, sizeof key, "%s.address", prefix);
-    text(record, key, who ? who->lpszAddress : NULL);
 }
 
 ULONG WINAPI MAPILogon(ULONG_PTR uiParam, LPSTR profile, LPSTR password, FLAGS flags, ULONG reserved,
@@ -94,36 +89,31 @@ ULONG WINAPI MAPISendMail(LHANDLE session, ULONG_PTR uiParam, lpMapiMessage mess
     if (record) {
         number(record, "session", (unsigned long)session);
         number(record, "flags", flags);
-        text(record, "subject", message->lpszSubject);
-        text(record, "note", message->lpszNoteText);
-        text(record, "date", message->lpszDateReceived);
+        field(record, message->lpszSubject, "subject");
+        field(record, message->lpszNoteText, "note");
+        field(record, message->lpszDateReceived, "date");
         number(record, "messageFlags", message->flFlags);
-        recipient(record, "originator", message->lpOriginator);
+        field(record, message->lpOriginator ? message->lpOriginator->lpszName : NULL, "originator.name");
+        field(record, message->lpOriginator ? message->lpOriginator->lpszAddress : NULL, "originator.address");
         for (ULONG i = 0; i < message->nRecipCount; ++i) {
-            char prefix[32];
-            snprintf(prefix, sizeof prefix, "recipient%lu", i);
-            recipient(record, prefix, &message->lpRecips[i]);
+            field(record, message->lpRecips[i].lpszName, "recipient%lu.name", i);
+            field(record, message->lpRecips[i].lpszAddress, "recipient%lu.address", i);
         }
         number(record, "files", message->nFileCount);
-        for (ULONG i = 0; i < message->nFileCount; ++i) {
-            char key[32];
-            snprintf(key, sizeof key, "file%lu.path", i);
-            text(record, key, message->lpFiles[i].lpszPathName);
-        }
+        for (ULONG i = 0; i < message->nFileCount; ++i)
+            field(record, message->lpFiles[i].lpszPathName, "file%lu.path", i);
         fclose(record);
     }
     if (answerIs("crash"))
         *(volatile int*)NULL = 1;
     if (answerIs("refuse"))
         return MAPI_E_USER_ABORT;
-    if (message->nFileCount != 0) {
-        if (answerIs("attachment open"))
-            return MAPI_E_ATTACHMENT_OPEN_FAILURE;
-        if (answerIs("attachment write"))
-            return MAPI_E_ATTACHMENT_WRITE_FAILURE;
-        if (answerIs("attachment missing"))
-            return MAPI_E_ATTACHMENT_NOT_FOUND;
-    }
+    if (message->nFileCount != 0 && answerIs("attachment open"))
+        return MAPI_E_ATTACHMENT_OPEN_FAILURE;
+    if (message->nFileCount != 0 && answerIs("attachment write"))
+        return MAPI_E_ATTACHMENT_WRITE_FAILURE;
+    if (message->nFileCount != 0 && answerIs("attachment missing"))
+        return MAPI_E_ATTACHMENT_NOT_FOUND;
     return SUCCESS_SUCCESS;
 }
 
