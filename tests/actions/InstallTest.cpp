@@ -17,11 +17,6 @@ using namespace actionKeys;
 
 namespace {
 
-std::string narrow(const std::wstring& text)
-{
-    return std::string(text.begin(), text.end());
-}
-
 // The REG_SZ value, or "" when there is none.
 std::wstring registryText(HKEY root, const std::wstring& key, const wchar_t* name)
 {
@@ -57,10 +52,11 @@ TEST(InstallTest, TheActionsFindWhatTheEngineRegisteredWhereAndWhenItDid)
     {
         ScratchLog log;
         EXPECT_EQ(DWORD(ERROR_INSTALL_FAILURE), installQuietly(probe, L"GIVENUPGRADECODE=1776FDB0-CE3E-461A-A04C"));
-        EXPECT_TRUE(installLogged(probe, "WixKorvalin SetDomain: read \"UpgradeCode\" = \"1776FDB0-CE3E-461A-A04C\""));
+        EXPECT_TRUE(installLogged(probe, L"WixKorvalin SetDomain: read \"UpgradeCode\" = \"1776FDB0-CE3E-461A-A04C\""));
         const std::string fileLine = log.text().substr(0, log.text().find("\r\n"));
         EXPECT_NE(std::string::npos, fileLine.find(" ERROR Framework Crt::handleTerminate() - before abort(): "));
-        EXPECT_TRUE(installLogged(probe, "WixKorvalin SetDomain: " + fileLine)) << fileLine;
+        EXPECT_TRUE(installLogged(probe, L"WixKorvalin SetDomain: " + std::wstring(fileLine.begin(), fileLine.end())))
+            << fileLine;
         EXPECT_EQ(INSTALLSTATE_UNKNOWN, MsiQueryProductStateW(probeCode.c_str()));
     }
 
@@ -73,8 +69,7 @@ TEST(InstallTest, TheActionsFindWhatTheEngineRegisteredWhereAndWhenItDid)
 
     // SetDomain finds the earlier product in the machine's list, and formatted fields
     // read later see what it set. A product per user goes into the user's list.
-    EXPECT_TRUE(
-        installLogged(probe, "WixKorvalin SetDomain: found under HKEY_LOCAL_MACHINE\\" + narrow(machineUpgradeCodes)));
+    EXPECT_TRUE(installLogged(probe, L"WixKorvalin SetDomain: found under HKEY_LOCAL_MACHINE\\" + machineUpgradeCodes));
     EXPECT_EQ(L"1", registryText(HKEY_CURRENT_USER, recordKey, L"ALLUSERS"));
     EXPECT_EQ(L"yes", registryText(HKEY_CURRENT_USER, recordKey, L"AllUsersDisabled"));
     EXPECT_TRUE(registryKeyExists(HKEY_CURRENT_USER, userUpgradeCodes + L"\\" + packedUpgradeCode));
@@ -82,10 +77,10 @@ TEST(InstallTest, TheActionsFindWhatTheEngineRegisteredWhereAndWhenItDid)
     // The uninstall entry, which the DLL looks for in the view of its bitness, exists
     // only once InstallFinalize has run: before it (6500) the size has nowhere to go.
     const std::wstring entry = uninstallEntries + L"\\" + probeCode;
-    const std::string entryName = "HKEY_LOCAL_MACHINE\\" + narrow(entry);
-    const std::string size = "WixKorvalin SetApplicationSize: ";
-    EXPECT_TRUE(installLogged(probe, size + "no uninstall entry " + entryName + ": nothing written"));
-    EXPECT_TRUE(installLogged(probe, size + "wrote \"EstimatedSize\" = 12345 (REG_DWORD) into " + entryName));
+    const std::wstring entryName = L"HKEY_LOCAL_MACHINE\\" + entry;
+    const std::wstring size = L"WixKorvalin SetApplicationSize: ";
+    EXPECT_TRUE(installLogged(probe, size + L"no uninstall entry " + entryName + L": nothing written"));
+    EXPECT_TRUE(installLogged(probe, size + L"wrote \"EstimatedSize\" = 12345 (REG_DWORD) into " + entryName));
 
     // The box shows even with /qn, and the installation goes on when it is closed.
     EXPECT_TRUE(box.seen);

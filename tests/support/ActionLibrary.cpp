@@ -1,6 +1,5 @@
 #include "ActionLibrary.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 

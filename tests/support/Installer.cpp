@@ -71,14 +71,15 @@ DWORD uninstallQuietly(const std::wstring& package)
     return runProgram(L"msiexec.exe /x \"" + package + L"\" /qn /l*v \"" + package + L".uninstall.log\"");
 }
 
-bool installLogged(const std::wstring& package, const std::string& wanted)
+bool installLogged(const std::wstring& package, const std::wstring& line)
 {
+    const std::string wanted(line.begin(), line.end());  // the log's texts are ASCII here
     std::ifstream log((package + L".install.log").c_str(), std::ios::binary);
-    std::string line;
-    while (std::getline(log, line)) {
-        if (!line.empty() && line.back() == '\r')
-            line.pop_back();
-        if (line.size() >= wanted.size() && line.compare(line.size() - wanted.size(), wanted.size(), wanted) == 0)
+    std::string text;
+    while (std::getline(log, text)) {
+        if (!text.empty() && text.back() == '\r')
+            text.pop_back();
+        if (text.size() >= wanted.size() && text.compare(text.size() - wanted.size(), wanted.size(), wanted) == 0)
             return true;
     }
     return false;

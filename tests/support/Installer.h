@@ -18,7 +18,7 @@ DWORD installQuietly(const std::wstring& package, const std::wstring& properties
 DWORD uninstallQuietly(const std::wstring& package);
 // Whether the verbose log of the package's last installQuietly has a line that ends
 // in `line` (the engine may put its own heading before it).
-bool installLogged(const std::wstring& package, const std::string& line);
+bool installLogged(const std::wstring& package, const std::wstring& line);
 
 // view is 0, KEY_WOW64_32KEY or KEY_WOW64_64KEY.
 bool registryKeyExists(HKEY root, const std::wstring& key, REGSAM view = 0);

@@ -1,7 +1,6 @@
 #include "InstallerSession.h"
 
 #include <msiquery.h>
-#include <objbase.h>
 
 #include <stdexcept>
 
@@ -27,12 +26,10 @@ std::wstring makePackage()
     {
         PMSIHANDLE summary;
         check(MsiGetSummaryInformationW(database, nullptr, 20, &summary), "MsiGetSummaryInformation");
-        GUID packageCode;
-        CoCreateGuid(&packageCode);
-        wchar_t packageCodeText[40];
-        StringFromGUID2(packageCode, packageCodeText, 40);
         check(MsiSummaryInfoSetPropertyW(summary, PIDSI_TEMPLATE, VT_LPSTR, 0, nullptr, L"Intel;1033"), "template");
-        check(MsiSummaryInfoSetPropertyW(summary, PIDSI_REVNUMBER, VT_LPSTR, 0, nullptr, packageCodeText), "code");
+        check(MsiSummaryInfoSetPropertyW(summary, PIDSI_REVNUMBER, VT_LPSTR, 0, nullptr,
+                                         L"{6B1F2E3D-4C5A-4B69-8D7E-9F0A1B2C3D4E}"),
+              "package code");
         check(MsiSummaryInfoPersist(summary), "MsiSummaryInfoPersist");
     }
     check(MsiDatabaseCommit(database), "MsiDatabaseCommit");
