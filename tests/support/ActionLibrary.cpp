@@ -18,11 +18,6 @@ ActionLibrary::ActionLibrary(const char* pathVariable)
         throw std::runtime_error("LoadLibrary failed with " + std::to_string(GetLastError()));
 }
 
-ActionLibrary::~ActionLibrary()
-{
-    FreeLibrary(module);
-}
-
 ActionLibrary::Action ActionLibrary::action(const char* exportName) const
 {
     return reinterpret_cast<Action>(reinterpret_cast<void*>(GetProcAddress(module, exportName)));

@@ -11,7 +11,7 @@ class ActionLibrary
 public:
     // The path comes from the named environment variable (set by CTest).
     explicit ActionLibrary(const char* pathVariable = "KORVALIN_DLL");
-    ~ActionLibrary();
+    ~ActionLibrary() { FreeLibrary(module); }
     ActionLibrary(const ActionLibrary&) = delete;
     ActionLibrary& operator=(const ActionLibrary&) = delete;
 

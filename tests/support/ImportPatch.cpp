@@ -5,13 +5,14 @@
 
 namespace {
 
-void writeSlot(void** slot, void* value)
+// Writes the slot, which the loader leaves read-only; whether it could.
+bool writeSlot(void** slot, void* value)
 {
     DWORD old = 0;
     if (!VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &old))
-        throw std::runtime_error("an import slot can't be written");
+        return false;
     *slot = value;
-    VirtualProtect(slot, sizeof *slot, old, &old);
+    return VirtualProtect(slot, sizeof *slot, old, &old) != 0;
 }
 
 // The slot of the module's import address table that holds `function` of `dll`, as
@@ -39,7 +40,8 @@ ImportPatch::ImportPatch(const char* dll, const char* function, void* standIn, H
     if (!slot)
         throw std::runtime_error(std::string("the module does not import ") + function + " from " + dll);
     saved = *slot;
-    writeSlot(slot, standIn);
+    if (!writeSlot(slot, standIn))
+        throw std::runtime_error(std::string("the import slot of ") + function + " can't be written");
 }
 
 ImportPatch::~ImportPatch()

@@ -20,18 +20,15 @@ std::wstring makePackage()
     wchar_t path[MAX_PATH];
     GetTempPathW(MAX_PATH, folder);
     GetTempFileNameW(folder, L"ks", 0, path);
-    DeleteFileW(path);
     PMSIHANDLE database;
     check(MsiOpenDatabaseW(path, reinterpret_cast<LPCWSTR>(MSIDBOPEN_CREATE), &database), "MsiOpenDatabase");
-    {
-        PMSIHANDLE summary;
-        check(MsiGetSummaryInformationW(database, nullptr, 20, &summary), "MsiGetSummaryInformation");
-        check(MsiSummaryInfoSetPropertyW(summary, PIDSI_TEMPLATE, VT_LPSTR, 0, nullptr, L"Intel;1033"), "template");
-        check(MsiSummaryInfoSetPropertyW(summary, PIDSI_REVNUMBER, VT_LPSTR, 0, nullptr,
-                                         L"{6B1F2E3D-4C5A-4B69-8D7E-9F0A1B2C3D4E}"),
-              "package code");
-        check(MsiSummaryInfoPersist(summary), "MsiSummaryInfoPersist");
-    }
+    PMSIHANDLE summary;
+    check(MsiGetSummaryInformationW(database, nullptr, 20, &summary), "MsiGetSummaryInformation");
+    check(MsiSummaryInfoSetPropertyW(summary, PIDSI_TEMPLATE, VT_LPSTR, 0, nullptr, L"Intel;1033"), "template");
+    check(MsiSummaryInfoSetPropertyW(summary, PIDSI_REVNUMBER, VT_LPSTR, 0, nullptr,
+                                     L"{6B1F2E3D-4C5A-4B69-8D7E-9F0A1B2C3D4E}"),
+          "package code");
+    check(MsiSummaryInfoPersist(summary), "MsiSummaryInfoPersist");
     check(MsiDatabaseCommit(database), "MsiDatabaseCommit");
     return path;
 }
@@ -65,14 +62,9 @@ void InstallerSession::setProperty(const std::wstring& name, const std::wstring&
     check(MsiSetPropertyW(session, name.c_str(), value.c_str()), "MsiSetProperty");
 }
 
-InfoRecords::InfoRecords(const InstallerSession& of, int answering) : session(of.handle()), answer(answering)
+InfoRecords::InfoRecords(const InstallerSession& of) : session(of.handle())
 {
     MsiSetExternalUIRecord(handle, INSTALLLOGMODE_INFO, this, nullptr);
-}
-
-InfoRecords::~InfoRecords()
-{
-    MsiSetExternalUIRecord(nullptr, 0, nullptr, nullptr);
 }
 
 int __stdcall InfoRecords::handle(void* context, UINT type, MSIHANDLE record)
@@ -84,7 +76,7 @@ int __stdcall InfoRecords::handle(void* context, UINT type, MSIHANDLE record)
     DWORD length = 4096;
     MsiFormatRecordW(self.session, record, text, &length);
     self.lines.emplace_back(text, length < 4096 ? length : 4095);
-    return self.answer;
+    return IDOK;
 }
 
 std::vector<std::wstring> InfoRecords::linesOf(const std::wstring& action) const

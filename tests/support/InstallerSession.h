@@ -34,13 +34,12 @@ private:
 // process while it lives, as text: each record formatted against `session` (its
 // properties resolved, as msiexec's verbose log has them). It is the engine's
 // external record handler (MsiSetExternalUIRecord), process-wide: one at a time, and
-// none is left when it goes. `answer` is what the handler gives back for each record.
-// A line longer than 4095 characters is cut.
+// none is left when it goes. A line longer than 4095 characters is cut.
 class InfoRecords
 {
 public:
-    explicit InfoRecords(const InstallerSession& session, int answer = IDOK);
-    ~InfoRecords();
+    explicit InfoRecords(const InstallerSession& session);
+    ~InfoRecords() { MsiSetExternalUIRecord(nullptr, 0, nullptr, nullptr); }
     InfoRecords(const InfoRecords&) = delete;
     InfoRecords& operator=(const InfoRecords&) = delete;
 
@@ -51,6 +50,5 @@ private:
     static int __stdcall handle(void* context, UINT type, MSIHANDLE record);
 
     MSIHANDLE session;
-    int answer;
     std::vector<std::wstring> lines;
 };

@@ -109,8 +109,3 @@ std::vector<MailCall> MailClient::sends() const
             result.push_back(call);
     return result;
 }
-
-void MailClient::clear()
-{
-    DeleteFileW(recordPath.c_str());
-}

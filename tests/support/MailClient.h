@@ -49,7 +49,7 @@ public:
     std::vector<MailCall> calls() const;
     // Only the MAPISendMail calls.
     std::vector<MailCall> sends() const;
-    void clear();
+    void clear() { DeleteFileW(recordPath.c_str()); }
 
     // The client's library, from KORVALIN_MAIL_CLIENT_DLL.
     static std::wstring libraryPath();

@@ -25,7 +25,6 @@
 extern IMAGE_DOS_HEADER __ImageBase;  // this library's own image, as the linker names it
 
 #define CONTROL_KEY "Software\\WixKorvalin Tests\\Mail client"
-#define SESSION 0x5E55
 
 static void readOrder(const char* name, char* value, DWORD size)
 {
@@ -79,7 +78,7 @@ ULONG WINAPI MAPILogon(ULONG_PTR uiParam, LPSTR profile, LPSTR password, FLAGS f
         fclose(record);
     if (answerIs("logon refused"))
         return MAPI_E_LOGIN_FAILURE;
-    *session = SESSION;
+    *session = 0x5E55;
     return SUCCESS_SUCCESS;
 }
 
