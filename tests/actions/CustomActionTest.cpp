@@ -50,17 +50,11 @@ Lines run(const char* action, const InstallerSession& session)
 const std::wstring productCode = L"{0F1E2D3C-4B5A-4968-8776-A5B4C3D2E1F0}";
 const std::wstring entryPath = uninstallEntries + L"\\" + productCode;
 
+// Wine keeps no access lists on registry keys: patched in for the DLL's own
+// RegOpenKeyExW, this refuses every key asked for writing.
 LONG WINAPI refuseWriting(HKEY parent, LPCWSTR path, DWORD options, REGSAM access, PHKEY key)
 {
     return (access & KEY_SET_VALUE) ? ERROR_ACCESS_DENIED : RegOpenKeyExW(parent, path, options, access, key);
-}
-
-// Wine keeps no access lists on registry keys: for the patch's lifetime, the DLL's own
-// RegOpenKeyExW refuses every key asked for writing.
-ImportPatch* refuseWritingToTheDll()
-{
-    return new ImportPatch("advapi32.dll", "RegOpenKeyExW", reinterpret_cast<void*>(refuseWriting),
-                           library().handle());
 }
 
 // The text in the system's ANSI code page, as the mail client is handed it.
@@ -111,9 +105,10 @@ TEST(CustomActionTest, PacksAnUpgradeCodeAsTheInstallersListsNameIt)
     EXPECT_EQ(String(L"87654321CBA90FED21436587A9CBED0F"),
               CustomAction::packGuid(L"{12345678-9ABC-DEF0-1234-56789ABCDEF0}"));
     const wchar_t* const malformed[] = {
-        L"12345678-9ABC-DEF01234-56789ABCDEF0X",    // four groups
-        L"12345678-9ABC-DEF0-123-456789ABCDEF0",    // a fourth group of 3
-        L"123456789-ABCD-DEF0-1234-56789ABCDEF",    // a fifth group of 11
+        L"123456789-9ABC-DEF0-1234-56789ABCDEF0",   // 37 characters
+        L"1234-5678-9ABC-DEF0-123456789ABC-123",    // six groups
+        L"12345678-9ABC-DEF-12345-56789ABCDEF0",    // a fourth group of 5
+        L"12345678-9ABC-DEF-1234-56789ABCDEF01",    // a fifth group of 13
     };
     for (const wchar_t* code : malformed) {
         SCOPED_TRACE(Framework::narrowForTest(code));
@@ -207,7 +202,8 @@ TEST(CustomActionDeathTest, SetApplicationSizeRefusedItsEntryIsFatal)
     ScratchLog log;
     EXPECT_EXIT(
         {
-            const std::unique_ptr<ImportPatch> refused(refuseWritingToTheDll());
+            const ImportPatch refused("advapi32.dll", "RegOpenKeyExW", reinterpret_cast<void*>(refuseWriting),
+                                      library().handle());
             InstallerSession session(Properties{{L"ProductCode", productCode}, {L"ApplicationSize", L"10"}});
             library().call("SetApplicationSize", session.handle());
         },
@@ -246,7 +242,10 @@ TEST(CustomActionTest, SetEncaseKorvalinFlagResetsOneAndTwoOnly)
             flagKey.setText(name, std::to_wstring(row.flag));
         else
             flagKey.setDword(name, row.flag);
-        std::unique_ptr<ImportPatch> refused(row.stored == refusedWriting ? refuseWritingToTheDll() : nullptr);
+        std::unique_ptr<ImportPatch> refused;
+        if (row.stored == refusedWriting)
+            refused.reset(new ImportPatch("advapi32.dll", "RegOpenKeyExW", reinterpret_cast<void*>(refuseWriting),
+                                          library().handle()));
         EXPECT_EQ(row.lines, run("SetEncaseKorvalinFlag", session));
         DWORD value = 0;
         EXPECT_EQ(row.stored != text, flagKey.readDword(name, value)) << "a text stays one";
