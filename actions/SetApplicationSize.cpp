@@ -8,7 +8,8 @@
 //
 // A size that is no decimal number, or too large for 32 bits, ends the action before
 // the registry is touched. An entry that doesn't exist (yet) is never created: the
-// action then writes nothing. A failure to open or write the entry leaves the action.
+// action then writes nothing. An empty "ProductCode" names no entry either: its path
+// would end in a backslash, which the registry reads as the uninstall list itself. A failure to open or write the entry leaves the action.
 //
 // In the installation's log: the two properties read, then what was written where, or
 // why nothing was.
@@ -34,6 +35,11 @@ void CustomAction::setApplicationSize()
     } catch (Framework::Exception* raw) {
         delete raw;  // not a size: nothing to write
         logLine(L"\"ApplicationSize\" is not a decimal number within 32 bits: nothing written");
+        return;
+    }
+
+    if (productCode.length() == 0) {
+        logLine(L"\"ProductCode\" is empty: nothing written");
         return;
     }
 

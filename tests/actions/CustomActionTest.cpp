@@ -169,31 +169,43 @@ TEST(CustomActionTest, SetDomainFollowsTheRegistrationsOfTheUpgradeCode)
 TEST(CustomActionTest, SetApplicationSizeWritesOnlyIntoAnExistingEntryOfItsView)
 {
     const std::wstring entryName = L"HKEY_LOCAL_MACHINE\\" + entryPath;
+    HKEY list = nullptr;
+    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_LOCAL_MACHINE, uninstallEntries.c_str(), 0, nullptr, 0,
+                                             KEY_ALL_ACCESS | processor::ownView, nullptr, &list, nullptr));
+    RegDeleteValueW(list, L"EstimatedSize");  // as earlier versions of this test left it
     struct Row
     {
         const wchar_t* size;
+        std::wstring product;
         bool entry;       // whether the product's uninstall entry exists
         int64_t written;  // -1 for nothing
         std::wstring decision;
     } rows[] = {
-        {L"4294967295", true, 4294967295, L"wrote \"EstimatedSize\" = 4294967295 (REG_DWORD) into " + entryName},
-        {L"", true, 0, L"wrote \"EstimatedSize\" = 0 (REG_DWORD) into " + entryName},
-        {L"4294967296", true, -1, L"\"ApplicationSize\" is not a decimal number within 32 bits: nothing written"},
-        {L"10", false, -1, L"no uninstall entry " + entryName + L": nothing written"},
+        {L"4294967295", productCode, true, 4294967295,
+         L"wrote \"EstimatedSize\" = 4294967295 (REG_DWORD) into " + entryName},
+        {L"", productCode, true, 0, L"wrote \"EstimatedSize\" = 0 (REG_DWORD) into " + entryName},
+        {L"4294967296", productCode, true, -1,
+         L"\"ApplicationSize\" is not a decimal number within 32 bits: nothing written"},
+        {L"10", productCode, false, -1, L"no uninstall entry " + entryName + L": nothing written"},
+        // The uninstall list itself, under an entry's path that ends in a backslash.
+        {L"11", L"", true, -1, L"\"ProductCode\" is empty: nothing written"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(Framework::narrowForTest(row.size));
         std::unique_ptr<ScratchKey> entry(row.entry ? new ScratchKey(HKEY_LOCAL_MACHINE, entryPath, processor::ownView)
                                                     : nullptr);
-        InstallerSession session(Properties{{L"ProductCode", productCode}, {L"ApplicationSize", row.size}});
+        InstallerSession session(Properties{{L"ProductCode", row.product}, {L"ApplicationSize", row.size}});
         const std::wstring read = L"read \"ApplicationSize\" = \"" + std::wstring(row.size) +
-                                  L"\", \"ProductCode\" = \"" + productCode + L"\"";
+                                  L"\", \"ProductCode\" = \"" + row.product + L"\"";
         EXPECT_EQ((Lines{read, row.decision}), run("SetApplicationSize", session));
         DWORD value = 0;
         EXPECT_EQ(row.written >= 0, entry && entry->readDword(L"EstimatedSize", value));
         EXPECT_EQ(row.written >= 0 ? row.written : 0, value);
+        EXPECT_NE(ERROR_SUCCESS, RegQueryValueExW(list, L"EstimatedSize", nullptr, nullptr, nullptr, nullptr))
+            << "the uninstall list itself";
         EXPECT_EQ(row.entry, registryKeyExists(HKEY_LOCAL_MACHINE, entryPath, processor::ownView)) << "none is made";
     }
+    RegCloseKey(list);
 }
 
 TEST(CustomActionDeathTest, SetApplicationSizeRefusedItsEntryIsFatal)
