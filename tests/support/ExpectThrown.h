@@ -47,3 +47,12 @@ std::string thrownClass(Body body)
     }
     return "nothing";
 }
+
+// What body returns, or the class it throws: for tables whose rows expect either.
+template <class Body>
+std::string resultOrThrown(Body body)
+{
+    std::string result;
+    const std::string thrown = thrownClass([&] { result = body(); });
+    return thrown == "nothing" ? result : thrown;
+}
