@@ -177,7 +177,7 @@ TEST_F(RegistryTest, ReadsAcceptOnlyTheFormsOfTheirType)
         {REG_DWORD, bytes("\x07\0\0\0"), getUintArray, "7"},
         {REG_DWORD, bytes("\x07\0\0\0"), getInt, misfit},
         {REG_MULTI_SZ, units(L"Int\0" L"5\0"), getIntArray, "5"},
-        {REG_MULTI_SZ, units(L"IntArray\0" L"1\0" L"2\0" L"3\0"), getInt, "3"},
+        {REG_MULTI_SZ, units(L"intarray\0" L"1\0" L"2\0" L"3\0"), getInt, "3"},
         {REG_MULTI_SZ, units(L"Uint\0" L"5\0"), getUint, misfit},
         {REG_MULTI_SZ, units(L"Int\0"), getInt, typeid(ErrorException).name()},
         {REG_MULTI_SZ, units(L"Integer\0" L"1\0"), typeOf, typeid(LookupException).name()},
