@@ -1,7 +1,6 @@
 #include "Framework/Exception.h"
 
 #include "Framework/Exceptions.h"
-#include "Framework/Io/Exceptions.h"
 #include "Framework/OsException.h"
 #include "support/ExpectThrown.h"
 #include "support/TextHelpers.h"
@@ -14,13 +13,6 @@
 
 using namespace Framework;
 
-TEST(ExceptionTest, TheSiteIsTheTagAndTheLineInHex)
-{
-    std::unique_ptr<ErrorException> e(new ErrorException(ThrowSite{"00000000000000000000000000000000", 845}));
-    EXPECT_STREQ("0000000000000000000000000000000034D", e->message().c_str());
-    EXPECT_STREQ("Error", e->what()) << "the product has no name";
-}
-
 namespace {
 
 DWORD WINAPI buildOnThisThread(void* out)
@@ -29,7 +21,27 @@ DWORD WINAPI buildOnThisThread(void* out)
     return 0;
 }
 
+// The description of a new exception, deleted at once so that it is no one's cause.
+std::string describedOnce(Exception* made)
+{
+    const std::unique_ptr<Exception> owned(made);
+    return narrowForTest(owned->description(false));
+}
+
+struct BuildsAnExceptionWhenDestroyed
+{
+    Exception** made;
+    ~BuildsAnExceptionWhenDestroyed() { *made = new ErrorException(SITE); }
+};
+
 }  // namespace
+
+TEST(ExceptionTest, TheSiteIsTheTagAndTheLineInHex)
+{
+    std::unique_ptr<ErrorException> e(new ErrorException(ThrowSite{"00000000000000000000000000000000", 845}));
+    EXPECT_STREQ("0000000000000000000000000000000034D", e->message().c_str());
+    EXPECT_STREQ("Error", e->what()) << "the product has no name";
+}
 
 // A handler that builds a new exception before deleting the caught one chains them;
 // one built on another thread is not this thread's.
@@ -60,47 +72,6 @@ TEST(ExceptionTest, CausesChainOnTheirOwnThread)
     EXPECT_EQ(nullptr, currentException());
 }
 
-namespace {
-
-// Whether a handler for Handler takes the thrown object.
-template <class Handler, class Thrown>
-bool caughtAs(Thrown* thrown)
-{
-    try {
-        try {
-            throw thrown;
-        } catch (Handler* e) {
-            delete e;
-            return true;
-        }
-    } catch (fw_exception* e) {  // apart, so that Handler may be fw_exception itself
-        delete e;
-        return false;
-    }
-}
-
-}  // namespace
-
-TEST(ExceptionTest, MixedClassesAreFoundByEveryHandlerAbove)
-{
-    EXPECT_TRUE(caughtAs<fw_exception>(new LookupException(SITE)));
-    EXPECT_TRUE(caughtAs<Framework::ErrorException>(new Io::PathNotFoundException(SITE, String(L"C:\\x"))));
-    EXPECT_TRUE(caughtAs<SearchException>(new Io::PathNotFoundException(SITE, String(L"C:\\x"))));
-    EXPECT_TRUE(caughtAs<Framework::OsException>(new Io::OsException(SITE, OsError::fromLastError(2), 0, L"", L"")));
-    EXPECT_FALSE(caughtAs<Io::ErrorException>(new LookupException(SITE)));
-}
-
-namespace {
-
-// The description of a new exception, deleted at once so that it is no one's cause.
-std::string describedOnce(Exception* made)
-{
-    const std::unique_ptr<Exception> owned(made);
-    return narrowForTest(owned->description(false));
-}
-
-}  // namespace
-
 TEST(ExceptionTest, DescriptionsPutTheirFieldsFirst)
 {
     const std::string denied = describedOnce(
@@ -120,40 +91,8 @@ TEST(ExceptionTest, DescriptionsPutTheirFieldsFirst)
     EXPECT_TRUE(Framework::OsException(SITE, OsError(false), 0, L"", L"").isAccessDenied());
 }
 
-namespace {
-
-struct BuildsAnExceptionWhenDestroyed
-{
-    Exception** made;
-    ~BuildsAnExceptionWhenDestroyed() { *made = new ErrorException(SITE); }
-};
-
-Exception* seenPrevious = nullptr;
-Exception* seenCurrent = nullptr;
-
-}  // namespace
-
-TEST(ExceptionTest, AnExceptionBuiltDuringUnwindingGoesToTheUnrecoverableHandler)
-{
-    const UnrecoverableHandler previous = setUnrecoverableHandler([](Exception* was, Exception* made) {
-        seenPrevious = was;
-        seenCurrent = made;
-    });
-    Exception* duringUnwind = nullptr;
-    RangeException* inFlight = nullptr;
-    try {
-        BuildsAnExceptionWhenDestroyed guard{&duringUnwind};
-        throw inFlight = new RangeException(SITE, 1, 2, 3);
-    } catch (RangeException*) {
-    }
-    setUnrecoverableHandler(previous);
-    EXPECT_EQ(inFlight, seenPrevious);
-    EXPECT_EQ(duringUnwind, seenCurrent);
-    EXPECT_EQ(nullptr, duringUnwind->getCause()) << "no nesting of throws in flight";
-    delete duringUnwind;
-    delete inFlight;
-}
-
+// An exception built while another one unwinds the stack: the default handler prints
+// the one in flight and ends the process.
 TEST(ExceptionDeathTest, TheDefaultUnrecoverableHandlerPrintsAndExitsWithOne)
 {
     EXPECT_EXIT(

@@ -25,7 +25,8 @@ void expectAsTheRuntime(const std::string& ours, const std::string& runtimes, Va
     EXPECT_EQ(AnsiString(narrow), AnsiString::format((ours + tail).c_str(), value, 7)) << ours << " with " << value;
     wchar_t wide[256] = {};
     _snwprintf(wide, 255, String((runtimes + tail).c_str()).c_str(), value, 7);
-    EXPECT_EQ(String(wide), String::format(String((ours + tail).c_str()).c_str(), value, 7)) << ours << " with " << value;
+    EXPECT_EQ(String(wide), String::format(String((ours + tail).c_str()).c_str(), value, 7))
+        << ours << " with " << value;
 }
 
 }  // namespace

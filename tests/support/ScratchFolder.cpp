@@ -61,7 +61,8 @@ void ScratchFolder::writeFile(const std::wstring& relative, const std::string& b
 
 std::string ScratchFolder::readFile(const std::wstring& relative) const
 {
-    const HANDLE file = CreateFileW(longPathForTest(at(relative)).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+    const DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    const HANDLE file = CreateFileW(longPathForTest(at(relative)).c_str(), GENERIC_READ, sharing, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         ADD_FAILURE() << "CreateFileW failed: " << GetLastError();

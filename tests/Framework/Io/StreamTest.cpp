@@ -1,8 +1,7 @@
-// The file streams against real files in a scratch folder, and the memory stream over
-// a block of its own. What a stream wrote is checked with the raw Win32 calls.
+// The file streams against real files in a scratch folder; what a stream wrote is read
+// back with the raw Win32 calls. The memory stream is read through LineReader.
 #include "Framework/Io/FileInputStream.h"
 #include "Framework/Io/FileOutputStream.h"
-#include "Framework/Io/MemoryInputStream.h"
 #include "Framework/Io/StdioFile.h"
 
 #include "Framework/Io/Exceptions.h"
@@ -129,19 +128,4 @@ TEST_F(StreamTest, PositionsBeyondFourGiBStayWhole)
     EXPECT_EQ('A', back[0]) << "moveBackward landed on byte 1";
     in.close();
     EXPECT_TRUE(DeleteFileW(at(L"sparse.bin").c_str())) << "don't leave 5 GiB behind";
-}
-
-TEST(MemoryInputStreamTest, ReadsItsBlockAndNotABytePast)
-{
-    const char block[] = {'a', 'b', '\n', 'c', 'X', 'X'};
-    MemoryInputStream stream(block, 4);
-    char back[8] = {};
-    EXPECT_EQ(1u, stream.read(back, 1));
-    stream.skip(1);
-    EXPECT_EQ(2u, stream.read(back + 1, 100));
-    EXPECT_EQ(std::string("a\nc", 3), std::string(back, 3));
-    expectThrown<EndOfStreamException>([&] { stream.seek(5); });
-    expectThrown<EndOfStreamException>([&] { stream.moveBackward(5); });
-    stream.close();
-    expectThrown<StreamClosedException>([&] { stream.read(back, 1); });
 }
