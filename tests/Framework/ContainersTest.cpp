@@ -58,7 +58,7 @@ TEST(ArrayTest, CopiesShareOneListAndEraseStaysInside)
     expectThrown<RangeException>([&] { first.erase(3, 1); });
     first.erase(1, 1);
     EXPECT_EQ(30, second.at(1));
-    EXPECT_EQ(4, expectThrown<RangeException>([&] { first.at(4); })->index);
+    EXPECT_EQ(4, thrownField<RangeException>([&] { first.at(4); }, &RangeException::index));
 }
 
 // Hexadecimal text against msvcrt's "%02X" for every byte value.
@@ -77,8 +77,8 @@ TEST(HexTextTest, BytesAsTextAndBack)
     EXPECT_EQ(AnsiString(digits.c_str()), hexDigits(all));
     EXPECT_EQ(all, fromHexText(hexText(all)));
     EXPECT_EQ(AnsiString("\x00\xAB\x0F", 3), fromHexText("\r\n00\tab,0f\r\n")) << "anything else separates";
-    EXPECT_EQ(1u, expectThrown<FormatException>([] { fromHexText("A B"); })->position);
-    EXPECT_EQ(6u, expectThrown<FormatException>([] { fromHexText("00 AB0"); })->position);
+    EXPECT_EQ(1u, thrownField<FormatException>([] { fromHexText("A B"); }, &FormatException::position));
+    EXPECT_EQ(6u, thrownField<FormatException>([] { fromHexText("00 AB0"); }, &FormatException::position));
 }
 
 TEST(EnvironmentTest, EachNameIsExpandedOnce)
@@ -89,8 +89,9 @@ TEST(EnvironmentTest, EachNameIsExpandedOnce)
     EXPECT_FALSE(hasEnvironmentVariable(L"KORVALIN_TEST_UNSET"));
     EXPECT_EQ(String(L"a1b<%KORVALIN_TEST_X%>"), expandEnvironment(L"a%KORVALIN_TEST_X%b<%KORVALIN_TEST_P%>"));
     EXPECT_EQ(String(L"KORVALIN_TEST_UNSET"),
-              expectThrown<EnvironmentException>([] { expandEnvironment(L"%KORVALIN_TEST_UNSET%"); })->element);
+              thrownField<EnvironmentException>([] { expandEnvironment(L"%KORVALIN_TEST_UNSET%"); },
+                                                 &EnvironmentException::element));
     EXPECT_EQ(FormatException::unknownPosition,
-              expectThrown<FormatException>([] { expandEnvironment(L"100%"); })->position);
+              thrownField<FormatException>([] { expandEnvironment(L"100%"); }, &FormatException::position));
     expectThrown<ErrorException>([] { expandEnvironment(L"100%% sure"); });
 }

@@ -54,6 +54,7 @@ TEST(ExceptionTest, CausesChainOnTheirOwnThread)
         outer = new EnvironmentException(SITE, String(L"HOME"));
         EXPECT_EQ(caught, outer->getCause());
     }
+    ASSERT_NE(nullptr, outer->getCause());
     const std::string full = narrowForTest(outer->description(true));
     const std::string cause = narrowForTest(outer->getCause()->description(true));
     EXPECT_EQ(0u, full.find("Missing element: HOME\n")) << full;

@@ -60,10 +60,8 @@ TEST(MemoryValuesTest, ContentComparisonIgnoresOrderAndCase)
     MemoryValues left(L"left");
     MemoryValues right(L"right");
     left.setString(L"a", L"1");
-    left.setString(L"b", L"2");
     left.addGroup(L"g")->setString(L"x", L"deep");
     right.addGroup(L"G")->setString(L"X", L"deep");
-    right.setString(L"B", L"2");
     right.setString(L"A", L"1");
     EXPECT_TRUE(left.contentEquals(right));
     EXPECT_FALSE(left.equals(right)) << "the names differ";
