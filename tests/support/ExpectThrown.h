@@ -34,6 +34,15 @@ std::unique_ptr<E> expectThrown(Body body)
     return nullptr;
 }
 
+// One field of what body throws, or the field's default when body threw something else
+// or nothing (and failed the test): for checks that must not stop the program.
+template <class E, class Body, class Owner, class T>
+T thrownField(Body body, const T Owner::*field)
+{
+    const std::unique_ptr<E> thrown = expectThrown<E>(body);
+    return thrown ? (*thrown).*field : T();
+}
+
 // The class of what body throws, by its type name, the object deleted: for tables
 // whose rows each name the exact class they expect ("nothing" when nothing was).
 template <class Body>
@@ -46,4 +55,13 @@ std::string thrownClass(Body body)
         return typeid(*raw).name();
     }
     return "nothing";
+}
+
+// What body returns, or the class it throws: for tables whose rows expect either.
+template <class Body>
+std::string resultOrThrown(Body body)
+{
+    std::string result;
+    const std::string thrown = thrownClass([&] { result = body(); });
+    return thrown == "nothing" ? result : thrown;
 }

@@ -4,6 +4,12 @@
 
 namespace {
 
+// "\\?\" + an absolute path, so raw calls reach beyond MAX_PATH.
+std::wstring longPathForTest(const std::wstring& absolute)
+{
+    return absolute.compare(0, 4, L"\\\\?\\") == 0 ? absolute : L"\\\\?\\" + absolute;
+}
+
 void removeTree(const std::wstring& folder)
 {
     WIN32_FIND_DATAW found;
@@ -28,11 +34,6 @@ void removeTree(const std::wstring& folder)
 }
 
 }  // namespace
-
-std::wstring longPathForTest(const std::wstring& absolute)
-{
-    return absolute.compare(0, 4, L"\\\\?\\") == 0 ? absolute : L"\\\\?\\" + absolute;
-}
 
 ScratchFolder::ScratchFolder(const std::wstring& label)
 {
@@ -60,7 +61,8 @@ void ScratchFolder::writeFile(const std::wstring& relative, const std::string& b
 
 std::string ScratchFolder::readFile(const std::wstring& relative) const
 {
-    const HANDLE file = CreateFileW(longPathForTest(at(relative)).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+    const DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    const HANDLE file = CreateFileW(longPathForTest(at(relative)).c_str(), GENERIC_READ, sharing, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         ADD_FAILURE() << "CreateFileW failed: " << GetLastError();
@@ -81,13 +83,7 @@ void ScratchFolder::makeFolder(const std::wstring& relative) const
         << "CreateDirectoryW failed: " << GetLastError();
 }
 
-DWORD ScratchFolder::attributes(const std::wstring& relative) const
+bool ScratchFolder::exists(const std::wstring& relative) const
 {
-    return GetFileAttributesW(longPathForTest(at(relative)).c_str());
-}
-
-void ScratchFolder::setReadOnly(const std::wstring& relative, bool readOnly) const
-{
-    EXPECT_TRUE(SetFileAttributesW(longPathForTest(at(relative)).c_str(),
-                                   readOnly ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL));
+    return GetFileAttributesW(longPathForTest(at(relative)).c_str()) != INVALID_FILE_ATTRIBUTES;
 }

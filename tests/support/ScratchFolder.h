@@ -27,14 +27,8 @@ public:
     // The file's bytes; a missing file fails the test and gives "".
     std::string readFile(const std::wstring& relative) const;
     void makeFolder(const std::wstring& relative) const;
-    // INVALID_FILE_ATTRIBUTES when nothing is there.
-    DWORD attributes(const std::wstring& relative) const;
-    bool exists(const std::wstring& relative) const { return attributes(relative) != INVALID_FILE_ATTRIBUTES; }
-    void setReadOnly(const std::wstring& relative, bool readOnly) const;
+    bool exists(const std::wstring& relative) const;
 
 private:
     std::wstring folder;
 };
-
-// "\\?\" + an absolute path, so raw calls reach beyond MAX_PATH.
-std::wstring longPathForTest(const std::wstring& absolute);

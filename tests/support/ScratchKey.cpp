@@ -54,15 +54,6 @@ void ScratchKey::addSubKey(const std::wstring& subKey)
     RegCloseKey(created);
 }
 
-bool ScratchKey::hasSubKey(const std::wstring& subKey) const
-{
-    HKEY opened = nullptr;
-    if (RegOpenKeyExW(key, subKey.c_str(), 0, KEY_READ | view, &opened) != ERROR_SUCCESS)
-        return false;
-    RegCloseKey(opened);
-    return true;
-}
-
 bool ScratchKey::read(const std::wstring& name, DWORD& type, std::vector<BYTE>& data) const
 {
     DWORD size = 0;
@@ -80,25 +71,4 @@ bool ScratchKey::readDword(const std::wstring& name, DWORD& value) const
         return false;
     memcpy(&value, data.data(), sizeof value);
     return true;
-}
-
-std::vector<std::wstring> ScratchKey::readList(const std::wstring& name) const
-{
-    DWORD type = 0;
-    std::vector<BYTE> data;
-    std::vector<std::wstring> items;
-    if (!read(name, type, data) || type != REG_MULTI_SZ)
-        return items;
-    const wchar_t* text = reinterpret_cast<const wchar_t*>(data.data());
-    const size_t units = data.size() / sizeof(wchar_t);
-    size_t start = 0;
-    // Each item ends at a zero; the list ends at a zero where an item would start.
-    while (start < units && text[start] != L'\0') {
-        size_t end = start;
-        while (end < units && text[end] != L'\0')
-            ++end;
-        items.emplace_back(text + start, end - start);
-        start = end + 1;
-    }
-    return items;
 }

@@ -27,14 +27,11 @@ public:
     void setList(const std::wstring& name, const std::vector<std::wstring>& items);
     // Creates a sub-key (and the keys on the way).
     void addSubKey(const std::wstring& subKey);
-    bool hasSubKey(const std::wstring& subKey) const;
 
     // False when the value is missing.
     bool read(const std::wstring& name, DWORD& type, std::vector<BYTE>& data) const;
     // The value as a REG_DWORD, or false when it is missing or of another type.
     bool readDword(const std::wstring& name, DWORD& value) const;
-    // The strings of a REG_MULTI_SZ, up to the first empty one.
-    std::vector<std::wstring> readList(const std::wstring& name) const;
 
 private:
     HKEY root;

@@ -2,6 +2,8 @@
 #pragma once
 #include "Framework/String.h"
 
+#include <windows.h>
+
 #include <gtest/gtest.h>
 
 #include <ostream>
@@ -12,18 +14,9 @@ namespace Framework {
 
 inline std::string narrowForTest(const String& text)
 {
-    std::string out;
-    for (uint32_t i = 0; i < text.length(); ++i) {
-        const wchar_t c = text.c_str()[i];
-        if (c < 0x80) {
-            out += char(c);
-        } else {
-            out += "\\u";
-            static const char digits[] = "0123456789abcdef";
-            for (int shift = 12; shift >= 0; shift -= 4)
-                out += digits[(c >> shift) & 15];
-        }
-    }
+    std::string out(text.length() * 3, '\0');
+    out.resize(WideCharToMultiByte(CP_UTF8, 0, text.c_str(), int(text.length()), &out[0], int(out.size()), nullptr,
+                                   nullptr));
     return out;
 }
 
