@@ -13,8 +13,9 @@
 //   Path(L"")                           -> empty, kind Unknown
 //
 // Path(text) asks the file system whether the text names a folder (its only disk access
-// besides the operations at the end); Path(text, isFolder) takes the caller's word. A
-// text that ends with a separator is a folder either way, and a folder's last name is
+// besides the operations at the end), and takes a text that ends with a separator for
+// a folder; Path(text, isFolder) takes the caller's word, even then:
+// Path(L"C:\\dir\\", false) is a file with an empty name. A folder's last name is
 // folded into its folder part, "." and ".." included: Path(L"C:\\a\\..", true) is C:\.
 // The empty text gives the empty path, of kind Unknown, whatever the caller says.
 // Neither constructor makes a relative text absolute: append it to
