@@ -20,23 +20,3 @@ __declspec(dllexport) int ProbeReadWithRegistersInUse(const volatile int* at)
                      : "rbx", "rsi", "rdi", "r12", "r13", "r14", "r15", "xmm6");
     return value;
 }
-
-/* Reads under a handler of this module (named in the function's unwind data) that
-   looks at the fault and declines it. */
-__asm__(".text\n"
-        ".globl ProbeReadUnderOwnHandler\n"
-        ".def ProbeReadUnderOwnHandler; .scl 2; .type 32; .endef\n"
-        ".seh_proc ProbeReadUnderOwnHandler\n"
-        "ProbeReadUnderOwnHandler:\n"
-        "    .seh_handler probeDecline, @except\n"
-        "    subq $40, %rsp\n"
-        "    .seh_stackalloc 40\n"
-        "    .seh_endprologue\n"
-        "    movl (%rcx), %eax\n"
-        "    nop\n"
-        "    addq $40, %rsp\n"
-        "    ret\n"
-        ".seh_endproc\n"
-        ".section .drectve\n"
-        ".ascii \" -export:ProbeReadUnderOwnHandler\"\n"
-        ".text\n");

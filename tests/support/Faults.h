@@ -1,6 +1,6 @@
 // Hardware faults on demand, for the tests of their translation. Each happens in a
 // function of its own, with operands the compiler cannot know (they come through
-// volatile variables), so the faulting instruction is a real load, store or division
+// volatile variables), so the faulting instruction is a real load or division
 // in a real frame, and the test can find both: the function's address (the fault's
 // eip lies a few bytes behind it) and the address it returns to (the first line of
 // the fault's stack dump).
@@ -30,30 +30,22 @@ __attribute__((noinline)) inline int readAt(uintptr_t address)
     return *reinterpret_cast<const volatile int*>(address);
 }
 
-__attribute__((noinline)) inline void writeAt(uintptr_t address, int value)
-{
-    lastReturnAddress = reinterpret_cast<uintptr_t>(__builtin_return_address(0));
-    *reinterpret_cast<volatile int*>(address) = value;
-}
-
 __attribute__((noinline)) inline int divide(int dividend, int divisor)
 {
     lastReturnAddress = reinterpret_cast<uintptr_t>(__builtin_return_address(0));
     return dividend / divisor;
 }
 
-__attribute__((noinline)) inline void illegalInstruction()
+template <class Function>
+uintptr_t codeOf(Function* function)
 {
-    lastReturnAddress = reinterpret_cast<uintptr_t>(__builtin_return_address(0));
-    __asm__ volatile("ud2");
+    return reinterpret_cast<uintptr_t>(function);
 }
 
-// Whether an address lies in the first bytes of a function's code.
-template <class Function>
-bool isInside(uintptr_t address, Function* function, uintptr_t size = 64)
+// Whether an address lies in the first bytes of the code from `start`.
+inline bool isInside(uintptr_t address, uintptr_t start)
 {
-    const uintptr_t start = reinterpret_cast<uintptr_t>(function);
-    return address >= start && address < start + size;
+    return address >= start && address < start + 64;
 }
 
 }  // namespace faults

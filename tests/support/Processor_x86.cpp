@@ -4,8 +4,6 @@ namespace processor {
 
 uintptr_t instruction(const CONTEXT& context) { return context.Eip; }
 void setInstruction(CONTEXT& context, uintptr_t address) { context.Eip = DWORD(address); }
-uintptr_t framePointer(const CONTEXT& context) { return context.Ebp; }
-void setFramePointer(CONTEXT& context, uintptr_t address) { context.Ebp = DWORD(address); }
 
 void* exceptionChainHead()
 {
