@@ -4,11 +4,6 @@
    ForeignFaultProbe_x64.c. */
 #include <windows.h>
 
-__declspec(dllexport) int ProbeRead(const volatile int* at)
-{
-    return *at;
-}
-
 /* The system probes the memory under a handler of its own and answers. */
 __declspec(dllexport) int ProbeIsBadRead(const void* at)
 {

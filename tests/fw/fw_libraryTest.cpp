@@ -11,16 +11,16 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <new>
-#include <vector>
 
-using exhaustion::allocateTooMuch;
+// What the compiler calls for a pure virtual function: this module's own.
+extern "C" [[noreturn]] void __cxa_pure_virtual();
 
 // Each bring-up starts afresh: no setting and no current exception of the lifetime
-// before, and faults translated again.
+// before; faults, no memory and pure calls are FW exceptions again.
 TEST(fw_libraryTest, EveryBringUpStartsAfresh)
 {
+    const std::new_handler before = std::get_new_handler();
     std::unique_ptr<fw_exception> left(new fw_exception_info(fw_string("left in the slot")));
     for (int round = 0; round < 2; ++round) {
         {
@@ -29,10 +29,19 @@ TEST(fw_libraryTest, EveryBringUpStartsAfresh)
             EXPECT_EQ(0u, fw_setting_get("left by the round before")) << round;
             fw_setting_set("left by the round before", 7);
             EXPECT_TRUE(expectThrown<fw_exception_assert>([] { faults::readAt(faults::nowhere()); })) << round;
+            auto pure = expectThrown<fw_exception_purecall>(__cxa_pure_virtual);
+            EXPECT_EQ(pure.get(), fw_current_exception()) << round;
+            auto exhausted = expectThrown<fw_exception_memory>(exhaustion::allocateTooMuch);
+            EXPECT_EQ(exhausted.get(), fw_current_exception()) << round;
+            // Again: the reserve given back the first time does not have to be there.
+            EXPECT_TRUE(expectThrown<fw_exception_memory>(exhaustion::allocateTooMuch)) << round;
             fw_raise(left.get());
         }
         EXPECT_FALSE(fw_fault_handler_on);
+        EXPECT_EQ(before, std::get_new_handler()) << "the handler before is back";
     }
+    EXPECT_TRUE(expectThrown<fw_exception_purecall>(__cxa_pure_virtual)) << "the pure call's handler stays";
+    EXPECT_STRNE("FWyymmdd-hhmm", fw_build_stamp) << "stamped; the error report names it (fw_exceptionTest)";
 }
 
 TEST(fw_libraryTest, TheBuildStampNamesTheBuildsDateAndTime)
@@ -40,27 +49,11 @@ TEST(fw_libraryTest, TheBuildStampNamesTheBuildsDateAndTime)
     EXPECT_EQ("FW130220-1116", text(fw_build_stamp_of("Feb 20 2013", "11:16:06")));
     EXPECT_EQ("FW240909-0905", text(fw_build_stamp_of("Sep  9 2024", "09:05:30")));
     EXPECT_EQ("FW210015-1200", text(fw_build_stamp_of("Xyz 15 2021", "12:00:00"))) << "an unknown month is 0";
-    { fw_library layer; }
-    EXPECT_STRNE("FWyymmdd-hhmm", fw_build_stamp) << "the report names it (fw_exceptionTest)";
-}
-
-TEST(fw_libraryTest, WhileTheLayerIsUpNoMemoryIsAnFwException)
-{
-    const std::new_handler before = std::get_new_handler();
-    {
-        fw_library layer;
-        auto exhausted = expectThrown<fw_exception_memory>(allocateTooMuch);
-        EXPECT_EQ(exhausted.get(), fw_current_exception());
-        exhausted.reset();
-        // Again: the reserve given back the first time does not have to be there.
-        EXPECT_TRUE(expectThrown<fw_exception_memory>(allocateTooMuch));
-    }
-    EXPECT_EQ(before, std::get_new_handler());
 }
 
 // The address space really filled, a megabyte at a time: the reserve given back is
 // what the exception is made of.
-TEST(fw_libraryDeathTest, ExhaustedMemoryIsReportedWithAnFwException)
+TEST(fw_libraryDeathTest, ExhaustedMemoryIsAnFwException)
 {
     EXPECT_EXIT(
         {
@@ -79,21 +72,6 @@ TEST(fw_libraryDeathTest, ExhaustedMemoryIsReportedWithAnFwException)
             std::exit(blocks.size() > 100 ? 42 : 1);
         },
         ::testing::ExitedWithCode(42), "^caught after \\d+ MB");
-}
-
-// What the compiler calls for a pure virtual function: this module's own.
-extern "C" [[noreturn]] void __cxa_pure_virtual();
-
-TEST(fw_libraryTest, APureCallThrowsFromTheFirstBringUpOn)
-{
-    {
-        fw_library layer;
-        auto pure = expectThrown<fw_exception_purecall>(__cxa_pure_virtual);
-        ASSERT_TRUE(pure);
-        EXPECT_EQ("Pure Virtual Function Call", text(pure->message()));
-        EXPECT_EQ(pure.get(), fw_current_exception());
-    }
-    EXPECT_TRUE(expectThrown<fw_exception_purecall>(__cxa_pure_virtual)) << "after the teardown";
 }
 
 TEST(fw_libraryDeathTest, ASecondLayerOrAGetterWithoutOneStopsTheProcess)

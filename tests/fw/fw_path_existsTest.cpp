@@ -6,15 +6,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <string>
 
 TEST(fw_path_existsTest, FilesAndFoldersOnTheRealDisk)
 {
     std::fclose(std::fopen("fw_path_exists file.txt", "wb"));
     CreateDirectoryA("fw_path_exists folder", nullptr);
-    char current[MAX_PATH];
-    GetCurrentDirectoryA(MAX_PATH, current);
-    const std::string here(current);
+    char here[MAX_PATH];
+    GetCurrentDirectoryA(MAX_PATH, here);
     const struct {
         std::string path;
         bool file;
@@ -23,8 +21,8 @@ TEST(fw_path_existsTest, FilesAndFoldersOnTheRealDisk)
         {"", true, true},
         {"fw_path_exists file.txt", true, false},
         {"fw_path_exists folder/", false, true},
-        {here + "//fw_path_exists folder", false, true},
-        {here.substr(2) + "\\fw_path_exists file.txt", true, false},  // rooted: on the current drive
+        {here + std::string("//fw_path_exists folder"), false, true},
+        {here + 2 + std::string("\\fw_path_exists file.txt"), true, false},  // rooted: on the current drive
         {"no such thing", false, false},
         {"fw_path_exists file.txt/inside", false, false},
     };
@@ -34,6 +32,5 @@ TEST(fw_path_existsTest, FilesAndFoldersOnTheRealDisk)
     }
     RemoveDirectoryA("fw_path_exists folder");
     std::remove("fw_path_exists file.txt");
-
     EXPECT_EQ("\\/server/share", text(fw_normal_path(fw_string("\\\\server\\share"))));
 }
