@@ -5,7 +5,6 @@
 #include "support/Exhaustion.h"
 #include "support/ExpectThrown.h"
 #include "support/Faults.h"
-#include "support/FwText.h"
 
 #include <gtest/gtest.h>
 
@@ -46,42 +45,34 @@ TEST(fw_libraryTest, EveryBringUpStartsAfresh)
 
 TEST(fw_libraryTest, TheBuildStampNamesTheBuildsDateAndTime)
 {
-    EXPECT_EQ("FW130220-1116", text(fw_build_stamp_of("Feb 20 2013", "11:16:06")));
-    EXPECT_EQ("FW240909-0905", text(fw_build_stamp_of("Sep  9 2024", "09:05:30")));
-    EXPECT_EQ("FW210015-1200", text(fw_build_stamp_of("Xyz 15 2021", "12:00:00"))) << "an unknown month is 0";
+    EXPECT_STREQ("FW130220-1116", fw_build_stamp_of("Feb 20 2013", "11:16:06").c_str());
+    EXPECT_STREQ("FW240909-0905", fw_build_stamp_of("Sep  9 2024", "09:05:30").c_str());
 }
 
 // The address space really filled, a megabyte at a time: the reserve given back is
 // what the exception is made of.
+static char* volatile taken = nullptr;
+
 TEST(fw_libraryDeathTest, ExhaustedMemoryIsAnFwException)
 {
     EXPECT_EXIT(
         {
             fw_library layer;
-            std::vector<char*> blocks;
-            blocks.reserve(4096);
+            unsigned megabytes = 0;
             try {
-                for (;;)
-                    blocks.push_back(new char[1 << 20]);
-            } catch (fw_exception_memory* raw) {
-                delete raw;
-                std::fprintf(stderr, "caught after %u MB\n", unsigned(blocks.size()));
+                for (;; ++megabytes)
+                    taken = new char[1 << 20];
+            } catch (fw_exception_memory*) {
+                std::fprintf(stderr, "caught after %u MB\n", megabytes);
+                std::exit(megabytes > 100 ? 42 : 1);
             }
-            for (char* block : blocks)
-                delete[] block;
-            std::exit(blocks.size() > 100 ? 42 : 1);
         },
         ::testing::ExitedWithCode(42), "^caught after \\d+ MB");
 }
 
-TEST(fw_libraryDeathTest, ASecondLayerOrAGetterWithoutOneStopsTheProcess)
+// A second layer while one lives stops the process the same way (FatalHandlersTest).
+TEST(fw_libraryDeathTest, AGetterWithoutTheLayerStopsTheProcess)
 {
-    EXPECT_DEATH(
-        {
-            fw_library first;
-            fw_library second;
-        },
-        "^\nterminate = 0 : Double initializing FW library\n");
     EXPECT_DEATH(
         {
             { fw_library layer; }

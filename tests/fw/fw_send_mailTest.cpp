@@ -4,10 +4,7 @@
 
 #include "fw/fw_library.h"
 #include "support/ExpectThrown.h"
-#include "support/FwText.h"
 #include "support/MailClient.h"
-#include "support/ScratchFolder.h"
-#include "support/WorkingFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -15,20 +12,15 @@
 
 namespace {
 
-bool send(const char* address, const char* attachment = "", const char* displayName = "", bool dialog = false)
+bool send(const char* address, const char* displayName = "", bool dialog = false)
 {
     return fw_send_mail(fw_string(address), fw_string("Subject"), fw_string("Body\r\nsecond line"),
-                        fw_string(displayName), fw_string(attachment), dialog);
+                        fw_string(displayName), fw_string(), dialog);
 }
 
-// A path in lower case, narrow, for comparing what the client saw with one of ours.
-template <class Text>
-std::string lower(const Text& path)
+std::string narrow(const std::wstring& path)
 {
-    std::string result(path.begin(), path.end());
-    for (char& c : result)
-        c = char(std::tolower(static_cast<unsigned char>(c)));
-    return result;
+    return std::string(path.begin(), path.end());
 }
 
 }  // namespace
@@ -40,7 +32,7 @@ TEST(fw_send_mailTest, TheMessageCarriesWhatSimpleMapiIsPromised)
     const std::vector<MailCall> calls = client.calls();
     ASSERT_EQ(3u, calls.size());
     EXPECT_EQ("MAPILogon", calls[0].name);
-    EXPECT_EQ(lower(MailClient::libraryPath()), lower(calls[0]["module"]));
+    EXPECT_STRCASEEQ(narrow(MailClient::libraryPath()).c_str(), calls[0]["module"].c_str());
     const MailCall& mail = calls[1];
     EXPECT_EQ("24149", mail["session"]) << "the session MAPILogon gave";
     EXPECT_EQ("0", mail["flags"]);
@@ -54,10 +46,9 @@ TEST(fw_send_mailTest, TheMessageCarriesWhatSimpleMapiIsPromised)
     const std::regex date("[1-9][0-9]{3}/[1-9][0-9]?/[1-9][0-9]? (0|[1-9][0-9]?):(0|[1-9][0-9]?)");
     EXPECT_TRUE(std::regex_match(mail["date"], date)) << mail["date"];
     EXPECT_EQ("MAPILogoff", calls[2].name);
-    EXPECT_EQ("24149", calls[2]["session"]);
 
     client.clear();
-    ASSERT_TRUE(send("", "", "Support", true));
+    ASSERT_TRUE(send("", "Support", true));
     EXPECT_EQ("SMTP:", client.sends().at(0)["recipient0.address"]) << "an empty address goes as it is";
     EXPECT_EQ("Support", client.sends().at(0)["recipient0.name"]);
     EXPECT_EQ("8", client.sends().at(0)["flags"]) << "MAPI_DIALOG";
@@ -80,7 +71,8 @@ TEST(fw_send_mailTest, TheClientsAnswerDecides)
     fw_library layer;
     const auto fault = expectThrown<fw_exception_assert>([] { send("a@example.com"); });
     ASSERT_TRUE(fault);
-    EXPECT_EQ(0u, text(fault->message()).find("attempt to write at 0x00000000")) << text(fault->message());
+    EXPECT_EQ(0u, std::string(fault->message().c_str()).find("attempt to write at 0x00000000, eip=0x"))
+        << fault->message().c_str();
     EXPECT_EQ(2u, client.calls().size()) << "no logoff after the fault";
 
     client.clear();
@@ -89,51 +81,18 @@ TEST(fw_send_mailTest, TheClientsAnswerDecides)
     EXPECT_TRUE(client.calls().empty()) << "a library that is missing";
 }
 
-// A file the client cannot open or write brings a second attempt without it; a
-// missing file goes without it from the start.
-TEST(fw_send_mailTest, AnAttachmentGoesWhenUsable)
-{
-    MailClient client;
-    ScratchFolder scratch(L"MailAttachment");
-    WorkingFolder here(scratch.path());
-    scratch.writeFile(L"attachment.txt", "attached");
-    ASSERT_TRUE(send("a@example.com", "attachment.txt"));
-    EXPECT_EQ(lower(scratch.at(L"attachment.txt")), lower(client.sends().at(0)["file0.path"])) << "the full path";
-
-    const struct {
-        const char* answer;
-        const char* attachment;
-        bool sent;
-        const char* filesOfEachAttempt;
-    } rows[] = {
-        {"success", "no such attachment.txt", true, "0"},
-        {"attachment open", "attachment.txt", true, "10"},
-        {"attachment write", "attachment.txt", true, "10"},
-        {"attachment missing", "attachment.txt", false, "1"},
-    };
-    for (const auto& row : rows) {
-        client.clear();
-        client.answer(row.answer);
-        EXPECT_EQ(row.sent, send("a@example.com", row.attachment)) << row.answer;
-        std::string files;
-        for (const MailCall& mail : client.sends())
-            files += mail["files"];
-        EXPECT_EQ(row.filesOfEachAttempt, files) << row.answer << ", " << row.attachment;
-    }
-}
-
 // Without a usable client the sender takes "MAPI32.DLL": the copy of the test client
 // that stands beside this program, where the library is looked for first.
 TEST(fw_send_mailTest, WithoutAUsableClientTheSenderTakesMapi32)
 {
-    const std::string fallback = lower(MailClient::fallbackLibraryPath());
+    const std::string fallback = narrow(MailClient::fallbackLibraryPath());
     {
         MailClient client(MailClient::Registration::none);
         EXPECT_TRUE(send("a@example.com"));
-        EXPECT_EQ(fallback, lower(client.calls().at(0)["module"])) << "no default client";
+        EXPECT_STRCASEEQ(fallback.c_str(), client.calls().at(0)["module"].c_str()) << "no default client";
     }
     MailClient client;
     client.setDllPath(REG_SZ, L"", sizeof L"");
     EXPECT_TRUE(send("a@example.com"));
-    EXPECT_EQ(fallback, lower(client.calls().at(0)["module"])) << "an empty DllPath";
+    EXPECT_STRCASEEQ(fallback.c_str(), client.calls().at(0)["module"].c_str()) << "an empty DllPath";
 }

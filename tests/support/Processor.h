@@ -1,7 +1,7 @@
 // What the tests must know of the processor, in one place: the instruction register
-// of a context, the head of the thread's SEH chain, the registers that calls keep,
-// the program's own registry view, and how wide an address is in a dump. One
-// implementation file per architecture (Processor_x86.cpp, Processor_x64.cpp).
+// of a context, the head of the thread's SEH chain, the program's own registry view,
+// and how wide an address is in a dump. One implementation file per architecture
+// (Processor_x86.cpp, Processor_x64.cpp).
 #pragma once
 #include <windows.h>
 
@@ -17,10 +17,6 @@ void setInstruction(CONTEXT& context, uintptr_t address);
 // The head of the thread's SEH chain on x86; null on x86-64, which keeps no chain
 // (its handlers come from the unwind data).
 void* exceptionChainHead();
-
-// Calls `function` with known values in the registers that calls keep, and says
-// whether each came back as it was.
-bool keepsRegisters(void (*function)());
 
 // The registry view of a program of this bitness, and the other one.
 const REGSAM ownView = sizeof(void*) == 8 ? KEY_WOW64_64KEY : KEY_WOW64_32KEY;
