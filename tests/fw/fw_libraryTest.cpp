@@ -19,7 +19,7 @@ extern "C" [[noreturn]] void __cxa_pure_virtual();
 // before; faults, no memory and pure calls are FW exceptions again.
 TEST(fw_libraryTest, EveryBringUpStartsAfresh)
 {
-    const std::new_handler before = std::get_new_handler();
+    const std::new_handler before = std::set_new_handler(nullptr);
     std::unique_ptr<fw_exception> left(new fw_exception_info(fw_string("left in the slot")));
     for (int round = 0; round < 2; ++round) {
         {
@@ -37,10 +37,11 @@ TEST(fw_libraryTest, EveryBringUpStartsAfresh)
             fw_raise(left.get());
         }
         EXPECT_FALSE(fw_fault_handler_on);
-        EXPECT_EQ(before, std::get_new_handler()) << "the handler before is back";
+        EXPECT_EQ(nullptr, std::get_new_handler()) << "the handler before is back";
     }
     EXPECT_TRUE(expectThrown<fw_exception_purecall>(__cxa_pure_virtual)) << "the pure call's handler stays";
     EXPECT_STRNE("FWyymmdd-hhmm", fw_build_stamp) << "stamped; the error report names it (fw_exceptionTest)";
+    std::set_new_handler(before);
 }
 
 TEST(fw_libraryTest, TheBuildStampNamesTheBuildsDateAndTime)
