@@ -50,10 +50,11 @@ TEST(fw_libraryTest, TheBuildStampNamesTheBuildsDateAndTime)
     EXPECT_STREQ("FW240909-0905", fw_build_stamp_of("Sep  9 2024", "09:05:30").c_str());
 }
 
-// The address space filled to its last bytes by malloc, which asks no handler: the
-// reserve given back is what the exception is then made of.
+// Where the death test's child keeps what it takes, so that no allocation is dropped.
 static char* volatile taken = nullptr;
 
+// The address space filled to its last bytes by malloc, which asks no handler: the
+// reserve given back is what the exception is then made of.
 TEST(fw_libraryDeathTest, ExhaustedMemoryIsAnFwException)
 {
     EXPECT_EXIT(
