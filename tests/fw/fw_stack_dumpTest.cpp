@@ -2,42 +2,24 @@
 
 #include "support/Processor.h"
 
-#include <windows.h>
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <cstdio>
-#include <memory>
-#include <string>
+#include <initializer_list>
+
+using processor::hexAddress;
 
 namespace {
 
-struct FrameRecord
+// The text of a dump with these addresses, the first of them in this program or in
+// no module at all.
+std::string dumpText(std::initializer_list<uintptr_t> addresses, bool inThisProgram = true)
 {
-    const FrameRecord* next;
-    uintptr_t returnAddress;
-};
-
-std::string hexAddress(uintptr_t value)
-{
-    return processor::hexAddress(value);
-}
-
-// Addresses inside this program, which the dump names as the module.
-uintptr_t codeAddress(int offset)
-{
-    return reinterpret_cast<uintptr_t>(&hexAddress) + uintptr_t(offset);
-}
-
-std::string dumpOf(const FrameRecord* frame)
-{
-    return fw_stack_dump(frame).c_str();
-}
-
-std::string header()
-{
-    return "Stack dump:\r\nModule: framework_tests.exe\r\nBase: " +
-           hexAddress(reinterpret_cast<uintptr_t>(GetModuleHandleA(nullptr))) + "\r\n";
+    std::string text = "Stack dump:\r\n";
+    if (inThisProgram)
+        text += "Module: framework_tests.exe\r\nBase: " + hexAddress(uintptr_t(GetModuleHandleA(nullptr))) + "\r\n";
+    for (uintptr_t address : addresses)
+        text += hexAddress(address) + "\r\n";
+    return text;
 }
 
 __attribute__((noinline)) std::string dumpFromHere(uintptr_t* returnAddress)
@@ -48,48 +30,42 @@ __attribute__((noinline)) std::string dumpFromHere(uintptr_t* returnAddress)
 
 }  // namespace
 
-TEST(fw_stack_dumpTest, WalksRisingFramesAndStopsWhereTheChainEnds)
-{
-    if (sizeof(void*) == 8)
-        GTEST_SKIP() << "x86-64 walks by unwind data; frame records are x86's";
-    // Frame records on this stack, in rising addresses.
-    FrameRecord frames[4];
-    frames[0] = {&frames[1], codeAddress(1)};
-    frames[1] = {&frames[2], codeAddress(2)};
-    frames[2] = {&frames[0], codeAddress(3)};  // leads back down: the end
-    EXPECT_EQ(header() + hexAddress(codeAddress(1)) + "\r\n" + hexAddress(codeAddress(2)) + "\r\n" + hexAddress(codeAddress(3)) + "\r\n",
-              dumpOf(&frames[0]));
-
-    frames[2] = {&frames[2], codeAddress(3)};  // a frame that names itself
-    EXPECT_EQ(header() + hexAddress(codeAddress(1)) + "\r\n" + hexAddress(codeAddress(2)) + "\r\n" + hexAddress(codeAddress(3)) + "\r\n",
-              dumpOf(&frames[0]));
-
-    frames[1] = {&frames[2], 0x3FFFFF};  // below the lowest code address
-    EXPECT_EQ(header() + hexAddress(codeAddress(1)) + "\r\n", dumpOf(&frames[0]));
-
-    // A frame pointer that is no frame of this thread's stack ends the walk rather
-    // than being read.
-    std::unique_ptr<FrameRecord[]> heap(new FrameRecord[2]);
-    heap[0] = {&heap[1], codeAddress(4)};
-    heap[1] = {nullptr, codeAddress(5)};
-    frames[0] = {&heap[0], codeAddress(1)};
-    EXPECT_EQ(header() + hexAddress(codeAddress(1)) + "\r\n", dumpOf(&frames[0]));
-    EXPECT_EQ("Stack dump:\r\n", dumpOf(&heap[0]));
-    frames[0] = {reinterpret_cast<const FrameRecord*>(uintptr_t(0x10)), codeAddress(1)};
-    EXPECT_EQ(header() + hexAddress(codeAddress(1)) + "\r\n", dumpOf(&frames[0]));
-
-    // An address in no module gives no module lines.
-    frames[0] = {&frames[1], 0x7FFE0000u};
-    frames[1] = {&frames[0], codeAddress(2)};
-    EXPECT_EQ("Stack dump:\r\n" + hexAddress(0x7FFE0000u) + "\r\n" + hexAddress(codeAddress(2)) + "\r\n",
-              dumpOf(&frames[0]));
-}
-
 TEST(fw_stack_dumpTest, TheCallersFrameIsWhereItStarts)
 {
     uintptr_t returnAddress = 0;
-    const std::string dump = dumpFromHere(&returnAddress);
-    EXPECT_EQ(0u, dump.find(header() + hexAddress(returnAddress) + "\r\n")) << dump;
-    // This test, then GoogleTest's callers: more than one frame.
-    EXPECT_LT(header().size() + processor::addressDigits + 2, dump.rfind("\r\n")) << dump;
+    const std::string dumped = dumpFromHere(&returnAddress);
+    const std::string start = dumpText({returnAddress});
+    EXPECT_EQ(start, dumped.substr(0, start.size()));
+    EXPECT_LT(start.size(), dumped.size()) << "this test's callers follow";
+}
+
+// A frame record is a saved frame pointer with the return address behind it.
+TEST(fw_stack_dumpTest, TheX86WalkFollowsRisingFrameRecordsOnThisStack)
+{
+    if (sizeof(void*) == 8)
+        GTEST_SKIP() << "x86-64 walks by unwind data";
+    struct FrameRecord
+    {
+        const FrameRecord* next;
+        uintptr_t returnAddress;
+    } frames[3];
+    const auto dump = [](const FrameRecord* frame) { return std::string(fw_stack_dump(frame).c_str()); };
+    const uintptr_t a = reinterpret_cast<uintptr_t>(&dumpText) + 1, b = a + 1, c = a + 2;
+    frames[0] = {&frames[1], a};
+    frames[1] = {&frames[2], b};
+    frames[2] = {&frames[0], c};  // leads back down: the end
+    EXPECT_EQ(dumpText({a, b, c}), dump(frames));
+    frames[2] = {&frames[2], c};  // names itself
+    EXPECT_EQ(dumpText({a, b, c}), dump(frames));
+    frames[1].returnAddress = 0x3FFFFF;  // below the lowest code address
+    EXPECT_EQ(dumpText({a}), dump(frames));
+
+    // A frame pointer that is no frame of this thread's stack ends the walk unread.
+    std::unique_ptr<FrameRecord> heap(new FrameRecord{nullptr, b});
+    frames[0].next = heap.get();
+    EXPECT_EQ(dumpText({a}), dump(frames));
+
+    frames[0] = {&frames[1], 0x7FFE0000u};
+    frames[1] = {&frames[0], b};
+    EXPECT_EQ(dumpText({0x7FFE0000u, b}, false), dump(frames)) << "an address in no module names none";
 }

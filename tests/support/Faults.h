@@ -1,9 +1,9 @@
 // Hardware faults on demand, for the tests of their translation. Each happens in a
 // function of its own, with operands the compiler cannot know (they come through
-// volatile variables), so the faulting instruction is a real load, store or division
-// in a real frame, and the test can find both: the function's address (the fault's
-// eip lies a few bytes behind it) and the address it returns to (the first line of
-// the fault's stack dump).
+// volatile variables), so the faulting instruction is a real load or division in a
+// real frame, and the test can find both: the function's address (the fault's eip
+// lies a few bytes behind it) and the address it returns to (the first line of the
+// fault's stack dump).
 #pragma once
 #include <cstdint>
 
@@ -11,6 +11,13 @@ namespace faults {
 
 // Where the last helper called returns to.
 inline uintptr_t lastReturnAddress = 0;
+// How many CountsItsEnd went out of scope, by a fault's unwinding too.
+inline int destroyed = 0;
+
+struct CountsItsEnd
+{
+    ~CountsItsEnd() { ++destroyed; }
+};
 
 inline uintptr_t nowhere()
 {
@@ -30,10 +37,13 @@ __attribute__((noinline)) inline int readAt(uintptr_t address)
     return *reinterpret_cast<const volatile int*>(address);
 }
 
-__attribute__((noinline)) inline void writeAt(uintptr_t address, int value)
+// The fault strikes in the frame that holds an object: the instruction itself, not a
+// call, must be covered by its clean-up.
+__attribute__((noinline)) inline int readInScope(uintptr_t address)
 {
+    CountsItsEnd guard;
     lastReturnAddress = reinterpret_cast<uintptr_t>(__builtin_return_address(0));
-    *reinterpret_cast<volatile int*>(address) = value;
+    return *reinterpret_cast<const volatile int*>(address);
 }
 
 __attribute__((noinline)) inline int divide(int dividend, int divisor)
@@ -42,18 +52,10 @@ __attribute__((noinline)) inline int divide(int dividend, int divisor)
     return dividend / divisor;
 }
 
-__attribute__((noinline)) inline void illegalInstruction()
-{
-    lastReturnAddress = reinterpret_cast<uintptr_t>(__builtin_return_address(0));
-    __asm__ volatile("ud2");
-}
-
-// Whether an address lies in the first bytes of a function's code.
 template <class Function>
-bool isInside(uintptr_t address, Function* function, uintptr_t size = 64)
+uintptr_t codeOf(Function* function)
 {
-    const uintptr_t start = reinterpret_cast<uintptr_t>(function);
-    return address >= start && address < start + size;
+    return reinterpret_cast<uintptr_t>(function);
 }
 
 }  // namespace faults
