@@ -60,7 +60,8 @@ public:
     // Empty while 4 or more exceptions are alive.
     fw_string message() const override;
     const char* title() const override;
-    // The stack dump, and with a non-empty `extra` a blank line and `extra` behind it.
+    // The stack dump, and with a non-empty `extra` "\r\n\r\n" and `extra` behind it; the
+    // dump ends in a line end already, so two blank lines stand between them.
     fw_string details() const override;
 
     const fw_string& get_location() const { return location; }

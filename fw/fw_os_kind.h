@@ -22,7 +22,8 @@
 #pragma once
 #include <cstdint>
 
-// Asks the system (GetVersionExA) on every call.
+// Asks the system (GetVersionExA) once per process and keeps the answer: the version
+// a process is told cannot change while it runs.
 int fw_os_kind();
 // The table above, for a version record's platform id, major and minor version.
 int fw_os_kind_of(uint32_t platformId, uint32_t major, uint32_t minor);
