@@ -21,6 +21,21 @@ Function probeFunction(const char* name)
 
 const auto probeRead = probeFunction<int (*)(const volatile int*)>("ProbeRead");
 
+int registersCaught = 0;
+
+// Lands from a fault that struck with the kept registers in use, and returns as if
+// nothing had happened.
+void landFromAFaultWithRegistersInUse()
+{
+    static const auto read = probeFunction<int (*)(const volatile int*)>("ProbeReadWithRegistersInUse");
+    try {
+        fw_foreign_call([] { return read(nullptr); });
+    } catch (fw_exception_assert* raw) {
+        delete raw;
+        ++registersCaught;
+    }
+}
+
 }  // namespace
 
 TEST(fw_foreign_callTest, AFaultInTheOtherModuleIsThrownAtTheLanding)
@@ -51,6 +66,10 @@ TEST(fw_foreign_callTest, AFaultInTheOtherModuleIsThrownAtTheLanding)
     const auto isBadRead = probeFunction<int (*)(const void*)>("ProbeIsBadRead");
     EXPECT_EQ(1, fw_foreign_call([isBadRead] { return isBadRead(nullptr); }));
     EXPECT_EQ(0, fw_foreign_call([isBadRead] { return isBadRead(&value); }));
+
+    // The landing gives back the registers that calls keep, as a return would.
+    EXPECT_TRUE(processor::keepsRegisters(&landFromAFaultWithRegistersInUse));
+    EXPECT_EQ(1, registersCaught);
 }
 
 // A landing takes a fault that can go on, and only while the translation is on.

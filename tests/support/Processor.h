@@ -18,6 +18,10 @@ void setInstruction(CONTEXT& context, uintptr_t address);
 // (its handlers come from the unwind data).
 void* exceptionChainHead();
 
+// Calls `function` with a known value in each register that calls keep (on x86-64 a
+// sample of them: rbx, rsi, rdi, r12, r15 and xmm6), and says whether all came back.
+bool keepsRegisters(void (*function)());
+
 // The registry view of a program of this bitness, and the other one.
 const REGSAM ownView = sizeof(void*) == 8 ? KEY_WOW64_64KEY : KEY_WOW64_32KEY;
 const REGSAM otherView = sizeof(void*) == 8 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
