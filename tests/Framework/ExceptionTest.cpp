@@ -10,16 +10,11 @@
 
 #include <memory>
 #include <string>
+#include <thread>
 
 using namespace Framework;
 
 namespace {
-
-DWORD WINAPI buildOnThisThread(void* out)
-{
-    *static_cast<Exception**>(out) = new ErrorException(SITE);
-    return 0;
-}
 
 // The description of a new exception, deleted at once so that it is no one's cause.
 std::string describedOnce(Exception* made)
@@ -63,9 +58,7 @@ TEST(ExceptionTest, CausesChainOnTheirOwnThread)
     EXPECT_EQ(std::string::npos, narrowForTest(outer->description(false)).find("Cause")) << full;
 
     Exception* elsewhere = nullptr;
-    const HANDLE thread = CreateThread(nullptr, 0, buildOnThisThread, &elsewhere, 0, nullptr);
-    WaitForSingleObject(thread, INFINITE);
-    CloseHandle(thread);
+    std::thread([&] { elsewhere = new ErrorException(SITE); }).join();
     EXPECT_EQ(nullptr, elsewhere->getCause());
     delete elsewhere;
     EXPECT_EQ(outer, currentException());
