@@ -4,11 +4,8 @@
 
 namespace {
 
-// "\\?\" + an absolute path, so raw calls reach beyond MAX_PATH.
-std::wstring longPathForTest(const std::wstring& absolute)
-{
-    return absolute.compare(0, 4, L"\\\\?\\") == 0 ? absolute : L"\\\\?\\" + absolute;
-}
+// Raw calls reach beyond MAX_PATH through the long form of an absolute path.
+std::wstring longPathForTest(const std::wstring& absolute) { return L"\\\\?\\" + absolute; }
 
 void removeTree(const std::wstring& folder)
 {
@@ -61,9 +58,8 @@ void ScratchFolder::writeFile(const std::wstring& relative, const std::string& b
 
 std::string ScratchFolder::readFile(const std::wstring& relative) const
 {
-    const DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE;
-    const HANDLE file = CreateFileW(longPathForTest(at(relative)).c_str(), GENERIC_READ, sharing, nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file = CreateFileW(longPathForTest(at(relative)).c_str(), GENERIC_READ,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         ADD_FAILURE() << "CreateFileW failed: " << GetLastError();
         return std::string();

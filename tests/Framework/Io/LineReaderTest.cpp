@@ -72,16 +72,3 @@ TEST(LineReaderTest, LinesEndWhereTheDelimiterMatchesWhateverTheStream)
         EXPECT_EQ(rows[i].lines, allLines(pipe, rows[i].delimiter)) << "row " << i << " from a pipe";
     }
 }
-
-TEST(LineReaderTest, TheStreamStandsBehindTheLastLineOnceTheReaderIsGone)
-{
-    const std::string bytes = "header\r\nrest";
-    MemoryInputStream memory(bytes.data(), uint32_t(bytes.size()));
-    {
-        LineReader reader(memory);
-        reader.setDelimiter("\r\n");
-        AnsiString line;
-        reader.readLine(line);
-    }
-    EXPECT_EQ(8u, memory.position());
-}

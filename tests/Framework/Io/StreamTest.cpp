@@ -2,7 +2,6 @@
 // back with the raw Win32 calls. The memory stream is read through LineReader.
 #include "Framework/Io/FileInputStream.h"
 #include "Framework/Io/FileOutputStream.h"
-#include "Framework/Io/StdioFile.h"
 
 #include "Framework/Io/Exceptions.h"
 #include "support/ExpectThrown.h"
@@ -90,42 +89,4 @@ TEST_F(StreamTest, SeekingStopsAtTheEndAndCuttingNeedsNoFlush)
     EXPECT_EQ(12u, out.position()) << "growing leaves the position";
     out.close();
     EXPECT_EQ(std::string(10, 'a') + "CC" + std::string(8, '\0'), scratch.readFile(L"cut.bin"));
-
-    // A FILE that has read ahead is cut where it stands, not where the system's file
-    // pointer went.
-    FILE* file = openFile(at(L"cut.bin"), L"r+b");
-    char head[4] = {};
-    EXPECT_EQ(4u, readFile(file, head, 4));
-    truncateFile(file);
-    closeFile(file);
-    EXPECT_EQ("aaaa", scratch.readFile(L"cut.bin"));
-}
-
-TEST_F(StreamTest, PositionsBeyondFourGiBStayWhole)
-{
-    const uint64_t fiveGiB = 5ull << 30;
-    FileOutputStream out;
-    out.open(at(L"sparse.bin"), false);
-    out.setSize(fiveGiB + 1);
-    WIN32_FILE_ATTRIBUTE_DATA data = {};
-    ASSERT_TRUE(GetFileAttributesExW(at(L"sparse.bin").c_str(), GetFileExInfoStandard, &data));
-    EXPECT_EQ(fiveGiB + 1, (uint64_t(data.nFileSizeHigh) << 32) | data.nFileSizeLow);
-    out.seek(fiveGiB);
-    out.write("Z", 1);
-    out.close();
-
-    FileInputStream in;
-    in.open(at(L"sparse.bin"));
-    EXPECT_EQ(fiveGiB + 1, in.size());
-    in.seek(fiveGiB - 1);
-    char back[2] = {};
-    in.readExact(back, 2);
-    EXPECT_EQ(std::string("\0Z", 2), std::string(back, 2));
-    in.moveBackward(fiveGiB);
-    EXPECT_EQ(1u, in.position());
-    in.seek(fiveGiB - (4ull << 30));
-    in.readExact(back, 1);
-    EXPECT_EQ('\0', back[0]) << "the Z is at 5 GiB, not at 1 GiB";
-    in.close();
-    EXPECT_TRUE(DeleteFileW(at(L"sparse.bin").c_str())) << "don't leave 5 GiB behind";
 }

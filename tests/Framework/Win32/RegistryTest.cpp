@@ -219,38 +219,3 @@ TEST_F(RegistryTest, NamesOfValuesAndGroups)
     writer.group(L"h")->setBool(L"made", true);
     EXPECT_TRUE(reader.group(L"h")->getBool(L"made"));
 }
-
-namespace {
-
-// The sub-key's access list as bytes; none for a null list, which restricts nobody.
-std::vector<BYTE> accessListOf(HKEY parent, const wchar_t* subKey)
-{
-    HKEY key = nullptr;
-    EXPECT_EQ(ERROR_SUCCESS, RegOpenKeyExW(parent, subKey, 0, READ_CONTROL, &key));
-    DWORD size = 0;
-    RegGetKeySecurity(key, DACL_SECURITY_INFORMATION, nullptr, &size);
-    std::vector<BYTE> descriptor(size);
-    EXPECT_EQ(ERROR_SUCCESS, RegGetKeySecurity(key, DACL_SECURITY_INFORMATION, descriptor.data(), &size));
-    RegCloseKey(key);
-    BOOL present = FALSE, defaulted = FALSE;
-    PACL dacl = nullptr;
-    EXPECT_TRUE(GetSecurityDescriptorDacl(descriptor.data(), &present, &dacl, &defaulted) && present);
-    const BYTE* start = reinterpret_cast<const BYTE*>(dacl);
-    return dacl ? std::vector<BYTE>(start, start + dacl->AclSize) : std::vector<BYTE>();
-}
-
-}  // namespace
-
-TEST_F(RegistryTest, OpenUnprotectedClearsTheAccessListUntilRestored)
-{
-    scratch.addSubKey(L"guarded");
-    const std::vector<BYTE> before = accessListOf(scratch.handle(), L"guarded");
-    ASSERT_FALSE(before.empty()) << "a new key has an access list";
-    const SharedPointer<InputValues> opened = reader.openUnprotected(L"guarded", readAccess);
-    EXPECT_TRUE(accessListOf(scratch.handle(), L"guarded").empty());
-    RegistryInputValues& guarded = dynamic_cast<RegistryInputValues&>(*opened);
-    guarded.restoreSecurity();
-    guarded.restoreSecurity();  // nothing saved any more: nothing happens
-    EXPECT_EQ(before, accessListOf(scratch.handle(), L"guarded"));
-    expectOsError(expectThrown<OsException>([&] { reader.openUnprotected(L"missing", readAccess); }), 2, 0);
-}
