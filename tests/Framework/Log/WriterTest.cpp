@@ -1,5 +1,5 @@
-// The writers on real files in scratch folders, and the console writer's output as a
-// child process writes it to its standard output.
+// The writers on real files in a scratch folder, the installation's log of the writing
+// thread, and the console writer's output as a child process writes it.
 #include "Framework/Log/FileWriter.h"
 #include "Framework/Log/InstallerLogWriter.h"
 #include "Framework/Log/MultiWriter.h"
@@ -13,7 +13,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <thread>
 
 using namespace Framework;
@@ -26,22 +25,31 @@ class WriterTest : public ::testing::Test
 protected:
     WriterTest() : scratch(L"LogWriters") {}
 
-    // A writer of the scratch folder that hands messages over untouched.
+    // A writer into the scratch folder that hands messages over untouched.
     template <class W>
-    void prepare(W& writer, const wchar_t* fileName = L"log.txt")
+    W& prepare(W& writer, const wchar_t* fileName = L"log.txt")
     {
         writer.setProperty(L"DIR", scratch.path().c_str());
         writer.setProperty(L"filename", fileName);
         writer.setFormatter(verbatimFormatter());
+        return writer;
     }
 
     // One program run: a new writer, one line, then the writer goes away.
     void runOnce(const wchar_t* text, const wchar_t* backupCount = L"")
     {
         RotatedFileWriter writer;
-        prepare(writer);
-        writer.setProperty(L"backupCount", backupCount);
+        prepare(writer).setProperty(L"backupCount", backupCount);
         writer.write(recordWith(text));
+    }
+
+    // The runs kept, newest first: log.txt, log001.txt, ... up to the first missing.
+    std::string runs()
+    {
+        std::string kept = scratch.readFile(L"log.txt");
+        for (int n = 1; scratch.exists(L"log00" + std::to_wstring(n) + L".txt"); ++n)
+            kept += scratch.readFile(L"log00" + std::to_wstring(n) + L".txt");
+        return kept;
     }
 
     ScratchFolder scratch;
@@ -65,43 +73,23 @@ TEST_F(WriterTest, EveryTextEndsInOneLineEndInUtf8)
         {L"\u00e9\u20ac", "\xc3\xa9\xe2\x82\xac\r\n"},
         {L"", nullptr},
     };
-    for (size_t i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
-        SCOPED_TRACE(::testing::Message() << "row " << i << ": " << narrowForTest(rows[i].text));
-        const std::wstring name = L"row" + std::to_wstring(i) + L".txt";
-        {
-            FileWriter writer;
-            prepare(writer, name.c_str());
-            writer.write(recordWith(rows[i].text));
-        }
-        if (rows[i].bytes)
-            EXPECT_EQ(rows[i].bytes, scratch.readFile(name));
-        else
-            EXPECT_FALSE(scratch.exists(name));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(narrowForTest(row.text));
+        scratch.writeFile(L"log.txt", "an old run that was much longer\r\n");
+        FileWriter writer;
+        prepare(writer).write(recordWith(row.text));
+        // Flushed at once: the file holds the line while the writer is still open.
+        EXPECT_EQ(row.bytes ? row.bytes : "an old run that was much longer\r\n", scratch.readFile(L"log.txt"));
     }
 }
 
-TEST_F(WriterTest, FileWriterReplacesAnOldFileAndNeedsAFormatter)
+TEST_F(WriterTest, FileWriterNeedsAFormatterAndFollowsAChangedPath)
 {
-    scratch.writeFile(L"log.txt", "an old run that was much longer\r\n");
     FileWriter writer;
     expectThrown<ValueNotInitializedException>([&] { writer.write(recordWith(L"lost")); });
-    EXPECT_EQ("an old run that was much longer\r\n", scratch.readFile(L"log.txt"));
-    prepare(writer);
-    writer.write(recordWith(L"new"));
-    // Flushed at once: the file holds the line while the writer is still open.
-    EXPECT_EQ("new\r\n", scratch.readFile(L"log.txt"));
-    writer.write(recordWith(L"more"));
-    EXPECT_EQ("new\r\nmore\r\n", scratch.readFile(L"log.txt"));
-    // Told nothing, it writes log.txt in the working folder.
-    EXPECT_EQ(String(L"log.txt"), FileWriter().filePath().fullText());
-}
-
-TEST_F(WriterTest, ChangingTheFileWhileOpenMovesLaterOutput)
-{
+    EXPECT_EQ(String(L"log.txt"), writer.filePath().fullText());
     scratch.writeFile(L"other.txt", "kept\r\n");
-    FileWriter writer;
-    prepare(writer);
-    writer.write(recordWith(L"one"));
+    prepare(writer).write(recordWith(L"one"));
     writer.setProperty(L"fileName", L"other.txt");
     writer.write(recordWith(L"two"));
     scratch.makeFolder(L"sub");
@@ -112,116 +100,65 @@ TEST_F(WriterTest, ChangingTheFileWhileOpenMovesLaterOutput)
     EXPECT_EQ("three\r\n", scratch.readFile(L"sub\\other.txt"));
 }
 
-TEST_F(WriterTest, EachRunShiftsTheOlderRunsUp)
-{
-    runOnce(L"first");
-    runOnce(L"second");
-    EXPECT_EQ("second\r\n", scratch.readFile(L"log.txt"));
-    EXPECT_EQ("first\r\n", scratch.readFile(L"log001.txt"));
-    runOnce(L"third");
-    runOnce(L"fourth", L"");
-    EXPECT_EQ("fourth\r\n", scratch.readFile(L"log.txt"));
-    EXPECT_EQ("third\r\n", scratch.readFile(L"log001.txt"));
-    EXPECT_EQ("second\r\n", scratch.readFile(L"log002.txt"));
-    EXPECT_EQ("first\r\n", scratch.readFile(L"log003.txt"));
-    // A run that writes nothing moves nothing.
-    {
-        RotatedFileWriter idle;
-        prepare(idle);
-    }
-    EXPECT_FALSE(scratch.exists(L"log004.txt"));
-    // With a limit of 2 the oldest beyond it go; the rest shift.
-    runOnce(L"fifth", L"2");
-    EXPECT_EQ("fifth\r\n", scratch.readFile(L"log.txt"));
-    EXPECT_EQ("fourth\r\n", scratch.readFile(L"log001.txt"));
-    EXPECT_EQ("third\r\n", scratch.readFile(L"log002.txt"));
-    EXPECT_EQ("first\r\n", scratch.readFile(L"log003.txt"));  // beyond the limit, untouched
-}
-
-TEST_F(WriterTest, BackupCountOfOneKeepsOneOldFileAndGapsStopTheShift)
+TEST_F(WriterTest, EachRunShiftsTheOlderRunsUpToTheBackupCountAndTheFirstGap)
 {
     for (const wchar_t* text : {L"a", L"b", L"c", L"d"})
-        runOnce(text, L"1");
-    EXPECT_EQ("d\r\n", scratch.readFile(L"log.txt"));
-    EXPECT_EQ("c\r\n", scratch.readFile(L"log001.txt"));
-    EXPECT_FALSE(scratch.exists(L"log002.txt"));
-
-    scratch.writeFile(L"log003.txt", "beyond the gap\r\n");
-    runOnce(L"e");
+        runOnce(text);
+    EXPECT_EQ("d\r\nc\r\nb\r\na\r\n", runs());
+    {
+        RotatedFileWriter idle;  // a run that writes nothing moves nothing
+        prepare(idle);
+    }
+    // With a limit of 2, log002.txt goes and log003.txt, beyond the limit, stays.
+    runOnce(L"e", L"2");
+    EXPECT_EQ("e\r\nd\r\nc\r\na\r\n", runs());
+    // The shift stops at a gap.
+    DeleteFileW(scratch.at(L"log002.txt").c_str());
     runOnce(L"f");
-    EXPECT_EQ("f\r\n", scratch.readFile(L"log.txt"));
-    EXPECT_EQ("e\r\n", scratch.readFile(L"log001.txt"));
-    EXPECT_EQ("d\r\n", scratch.readFile(L"log002.txt"));
-    // The shift stopped at the gap before it and has now reached it.
-    EXPECT_EQ("c\r\n", scratch.readFile(L"log003.txt"));
-    EXPECT_EQ("beyond the gap\r\n", scratch.readFile(L"log004.txt"));
+    EXPECT_EQ("f\r\ne\r\nd\r\na\r\n", runs());
 }
 
-TEST_F(WriterTest, AnsiFileWriterEndsEachTextWithAZeroByte)
+TEST_F(WriterTest, AnsiFileWriterEndsEachTextWithAZeroByteInTheCodePage)
 {
-    const String outside(L"\u03a9\u4e2d");
     {
         AnsiFileWriter writer;
-        prepare(writer);
-        writer.write(recordWith(L"a\u00e9"));
-        writer.write(recordWith(outside.c_str()));
+        prepare(writer).write(recordWith(L"a\u00e9"));
+        writer.write(recordWith(L"\u03a9\u4e2d"));
     }
-    const AnsiString accent(String(L"a\u00e9\r\n"));
-    const AnsiString replaced(String(outside + L"\r\n"));
-    // Compared with the platform's own conversion to the code page.
+    const wchar_t texts[] = L"a\u00e9\r\n\0\u03a9\u4e2d\r\n";
     char platform[16] = {};
-    const int length = WideCharToMultiByte(CP_ACP, 0, L"\u03a9\u4e2d\r\n", 4, platform, sizeof platform, nullptr, nullptr);
-    EXPECT_EQ(std::string(platform, length), std::string(replaced.c_str(), replaced.length()));
-    EXPECT_EQ(std::string(accent.c_str(), accent.length() + 1) + std::string(replaced.c_str(), replaced.length() + 1),
-              scratch.readFile(L"log.txt"));
+    const int length = WideCharToMultiByte(CP_ACP, 0, texts, sizeof texts / sizeof *texts, platform, sizeof platform,
+                                           nullptr, nullptr);
+    EXPECT_EQ(std::string(platform, length), scratch.readFile(L"log.txt"));
 }
 
 TEST_F(WriterTest, MultiWriterGivesEachChildItsOwnFormatAndStopsAtAFailure)
 {
     Configuration configuration = readyConfiguration(L"[%(message)S]");
-    SharedPointer<FileWriter> plain(new FileWriter);
+    SharedPointer<FileWriter> plain(new FileWriter), bracketed(new FileWriter), after(new FileWriter);
     prepare(*plain, L"plain.txt");
-    SharedPointer<FileWriter> xml(new FileWriter);
-    xml->setProperty(L"dir", scratch.path().c_str());
-    xml->setProperty(L"fileName", L"log.xml");
-    xml->setFormatter(configuration.formatters->get(L"xml"));
-    SharedPointer<FileWriter> bracketed(new FileWriter);
-    prepare(*bracketed, L"bracketed.txt");
-    bracketed->setFormatter(configuration.formatters->get(L"test"));
+    prepare(*bracketed, L"bracketed.txt").setFormatter(configuration.formatters->get(L"test"));
+    prepare(*after, L"after.txt");
     MultiWriter multi;
     multi.add(plain);
-    multi.add(xml);
     multi.add(bracketed);
     multi.write(recordWith(L"m"));
-    EXPECT_EQ("m\r\n", scratch.readFile(L"plain.txt"));
-    EXPECT_EQ(0u, scratch.readFile(L"log.xml").find("<?xml"));
-    EXPECT_EQ("[m]\r\n", scratch.readFile(L"bracketed.txt"));
-
-    // A child without a formatter ends the record there.
-    SharedPointer<FileWriter> broken(new FileWriter);
-    SharedPointer<FileWriter> after(new FileWriter);
-    prepare(*after, L"after.txt");
-    MultiWriter failing;
-    failing.add(plain);
-    failing.add(broken);
-    failing.add(after);
-    expectThrown<ValueNotInitializedException>([&] { failing.write(recordWith(L"n")); });
+    multi.add(SharedPointer<Writer>(new FileWriter));  // no formatter
+    multi.add(after);
+    expectThrown<ValueNotInitializedException>([&] { multi.write(recordWith(L"n")); });
     EXPECT_EQ("m\r\nn\r\n", scratch.readFile(L"plain.txt"));
+    EXPECT_EQ("[m]\r\n[n]\r\n", scratch.readFile(L"bracketed.txt"));
     EXPECT_FALSE(scratch.exists(L"after.txt"));
 }
 
 // The installation's log is the one the writing thread has bound, the innermost
-// binding first; a thread with none bound has no such log, and its records are
-// neither formatted nor written anywhere.
+// binding first; a thread with none has no such log, and its records go nowhere.
 TEST(InstallerLogWriterTest, WritesIntoTheInstallationLogOfTheWritingThreadOnly)
 {
-    InstallerLogWriter unformatted;
-    unformatted.write(recordWith(L"nowhere"));  // no formatter and no log: no failure either
-
     InstallerLogWriter writer;
+    writer.write(recordWith(L"nowhere"));  // no formatter and no log: no failure either
     writer.setFormatter(verbatimFormatter());
-    KeptInstallerLog outer;
-    KeptInstallerLog inner;
+    KeptInstallerLog outer, inner;
     KeptInstallerLog::Binding outerBinding(outer);
     writer.write(recordWith(L"a\nb"));
     {
@@ -229,8 +166,7 @@ TEST(InstallerLogWriterTest, WritesIntoTheInstallationLogOfTheWritingThreadOnly)
         writer.write(recordWith(L"inner"));
     }
     writer.write(recordWith(L"outer again"));
-    std::thread other([&writer] { writer.write(recordWith(L"other thread")); });
-    other.join();
+    std::thread([&writer] { writer.write(recordWith(L"other thread")); }).join();
     EXPECT_EQ((std::vector<std::wstring>{L"a\r\nb", L"outer again"}), outer.lines);
     EXPECT_EQ((std::vector<std::wstring>{L"inner"}), inner.lines);
 }
