@@ -1,12 +1,11 @@
-// The writers on real files in a scratch folder, the installation's log of the writing
-// thread, and the console writer's output as a child process writes it.
+// The writers on real files in a scratch folder, and the installation's log of the
+// writing thread. The console writer is seen in LogConfigurationTest.
 #include "Framework/Log/FileWriter.h"
 #include "Framework/Log/InstallerLogWriter.h"
 #include "Framework/Log/MultiWriter.h"
 #include "Framework/Log/RotatedFileWriter.h"
 
 #include "support/ExpectThrown.h"
-#include "support/Installer.h"
 #include "support/LogRecords.h"
 #include "support/ScratchFolder.h"
 #include "support/TextHelpers.h"
@@ -169,13 +168,4 @@ TEST(InstallerLogWriterTest, WritesIntoTheInstallationLogOfTheWritingThreadOnly)
     std::thread([&writer] { writer.write(recordWith(L"other thread")); }).join();
     EXPECT_EQ((std::vector<std::wstring>{L"a\r\nb", L"outer again"}), outer.lines);
     EXPECT_EQ((std::vector<std::wstring>{L"inner"}), inner.lines);
-}
-
-TEST(ConsoleWriterTest, TextReachesStandardOutputUnchanged)
-{
-    wchar_t child[MAX_PATH];
-    ASSERT_NE(0u, GetEnvironmentVariableW(L"KORVALIN_LOG_CONSOLE_CHILD", child, MAX_PATH));
-    std::string output;
-    EXPECT_EQ(0u, runProgram(std::wstring(L"\"") + child + L"\"", output));
-    EXPECT_EQ("100% sure: %d %S %%\r\nfirst\r\nsecond\r\n", output);
 }
