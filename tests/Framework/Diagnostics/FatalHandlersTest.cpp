@@ -1,8 +1,7 @@
 // The fatal handlers, in a child program that breaks in the ways it is told, run in a
 // scratch folder with no log configuration: the default writer's "log.txt" there holds
-// the handlers' lines, and the exit code and output say how the program ended.
-#include "Framework/Diagnostics/Crt.h"
-
+// the handlers' lines, and the exit code and output say how the program ended. The
+// terminate handler, which ends with abort's exit code, is seen in the session tests.
 #include "Framework/Exceptions.h"
 #include "support/ActionLibrary.h"
 #include "support/Installer.h"
@@ -13,9 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
-#include <exception>
 #include <memory>
 #include <sstream>
 
@@ -34,11 +30,10 @@ Outcome runProbe(const char* ways, const char* probeVariable = "KORVALIN_FATAL_P
     ScratchFolder scratch(L"fatal");
     WorkingFolder moved(scratch.path());
     _wputenv(L"KORVALIN_LOG_CONFIG=");
-    const char* probe = std::getenv(probeVariable);
-    EXPECT_TRUE(probe) << probeVariable << " names the probe";
-    const std::string command = std::string("\"") + (probe ? probe : "") + "\" " + ways;
+    const std::string given = ways;
     Outcome outcome;
-    outcome.exitCode = runProgram(std::wstring(command.begin(), command.end()), outcome.output);
+    outcome.exitCode = runProgram(L"\"" + testSetting(probeVariable) + L"\" " + std::wstring(given.begin(), given.end()),
+                                  outcome.output);
     std::istringstream log(scratch.exists(L"log.txt") ? scratch.readFile(L"log.txt") : "");
     for (std::string line; std::getline(log, line);)
         outcome.log += line.substr(std::min<size_t>(19, line.size())) + "\n";
@@ -56,7 +51,6 @@ TEST(FatalHandlersTest, EachHandlerWritesItsLineThenEndsItsOwnWay)
         const char* output;
         const char* log;
     } rows[] = {
-        {"terminate", 3, "", " Thread000 ERROR Framework Crt::handleTerminate() - before abort(): \r\n"},
         // The invalid parameter raises inside msvcrt's strcpy_s, caught in the caller,
         // with its clean-up run.
         {"purecall invalid insufficient new malloc", 0,
@@ -108,18 +102,6 @@ TEST(FatalHandlersTest, LibrariesUnloadedInAnyOrderLeaveMsvcrtWhole)
         ADD_FAILURE() << "this program's handler should have gone with the libraries' redirects";
     }
     EXPECT_EQ(ERANGE, result);
-}
-
-void otherTerminate() { std::abort(); }
-
-TEST(FatalHandlersTest, InstalledAtLoadAndOnlyOnce)
-{
-    EXPECT_TRUE(Framework::Crt::isInitialized());
-    EXPECT_EQ(&Framework::Crt::handleTerminate, std::get_terminate());
-    const std::terminate_handler before = std::set_terminate(otherTerminate);
-    EXPECT_TRUE(Framework::Crt::initialize());
-    EXPECT_EQ(&otherTerminate, std::get_terminate());
-    std::set_terminate(before);
 }
 
 }  // namespace

@@ -78,8 +78,6 @@ int main(int argc, char** argv)
             framework.error(LOG_SITE, "first %S", L"100% %d");
             other.debug(LOG_SITE, "not at WARNING");
             other.error(LOG_SITE, "second");
-        } else if (way == "terminate") {
-            throw new ErrorException(SITE);
         } else if (way == "purecall") {
             expectCaught<ErrorException>("ErrorException", [] { FatalProbeDerived derived; });
         } else if (way == "invalid") {

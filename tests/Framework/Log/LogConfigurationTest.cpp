@@ -7,6 +7,7 @@
 #include "Framework/Io/MemoryInputStream.h"
 #include "Framework/Log/Context.h"
 #include "Framework/Log/Logger.h"
+#include "support/ActionLibrary.h"
 #include "support/ExpectThrown.h"
 #include "support/Installer.h"
 #include "support/ScratchFolder.h"
@@ -15,7 +16,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <sstream>
 #include <typeinfo>
@@ -55,8 +55,8 @@ protected:
         _wputenv(L"KORVALIN_LOG_CONFIG=");
     }
 
-    // A logger of its own, as the process's first message would make it, then one
-    // ERROR message through a context "Test"; the log file as it was left.
+    // A logger of its own, as the process's first message would make it, and one ERROR
+    // message through a context "Test"; the log file as it was left.
     std::string logOnce(const wchar_t* logFile = L"log.txt")
     {
         {
@@ -77,39 +77,18 @@ Logger* LogConfigurationTest::testLogger = nullptr;
 
 TEST_F(LogConfigurationTest, TheSearchTakesTheFirstPlaceThatHasAFile)
 {
-    const auto writeBeside = [&](const wchar_t* name, const char* text) {
-        FILE* file = _wfopen((beside + name).c_str(), L"wb");
-        ASSERT_TRUE(file);
-        std::fputs(text, file);
-        std::fclose(file);
-    };
-    scratch.writeFile(L"KorvalinLogConfig.ini", "[contexts]\ndefault=ERROR\n");
-    writeBeside(L"KorvalinLogConfig.ini", "[contexts]\ndefault=INFO\n");
-    scratch.writeFile(L"named.ini", "[contexts]\ndefault=UNDEFINED\n");
-    writeBeside(L"named.ini", "[contexts]\ndefault=warning\n");
+    const std::wstring places[] = {scratch.at(L"KorvalinLogConfig.ini"), beside + L"KorvalinLogConfig.ini",
+                                   scratch.at(L"named.ini"), beside + L"named.ini"};
+    for (const std::wstring& place : places)
+        EXPECT_TRUE(CloseHandle(CreateFileW(place.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr)));
     _wputenv(L"KORVALIN_LOG_CONFIG=named.ini");
-    const struct
-    {
-        std::wstring removedBefore;
-        Level level;
-        std::wstring location;
-    } steps[] = {
-        {L"", Level::Error, scratch.at(L"KorvalinLogConfig.ini")},
-        {scratch.at(L"KorvalinLogConfig.ini"), Level::Info, beside + L"KorvalinLogConfig.ini"},
-        {beside + L"KorvalinLogConfig.ini", Level::Undefined, scratch.at(L"named.ini")},
-        {scratch.at(L"named.ini"), Level::Warning, beside + L"named.ini"},
-        {beside + L"named.ini", Level::Debug, L"KorvalinLogConfig"},
-    };
-    for (const auto& step : steps) {
-        DeleteFileW(step.removedBefore.c_str());
-        EXPECT_EQ(step.level, loadConfiguration(LogMode::Product).defaultLevel) << narrow(step.location);
-        EXPECT_EQ(String(step.location.c_str()), configurationLocation());
+    for (const std::wstring& place : places) {
+        loadConfiguration(LogMode::Product);
+        EXPECT_EQ(String(place.c_str()), configurationLocation());
+        DeleteFileW(place.c_str());
     }
-    // An absolute name in the variable stands as it is.
-    scratch.writeFile(L"absolute.ini", "[contexts]\ndefault=ERROR\n");
-    _wputenv((L"KORVALIN_LOG_CONFIG=" + scratch.at(L"absolute.ini")).c_str());
-    EXPECT_EQ(Level::Error, loadConfiguration(LogMode::Product).defaultLevel);
-    EXPECT_EQ(String(scratch.at(L"absolute.ini").c_str()), configurationLocation());
+    EXPECT_EQ(Level::Debug, loadConfiguration(LogMode::Product).defaultLevel);
+    EXPECT_EQ(String(L"KorvalinLogConfig"), configurationLocation());
     expectThrown<ValueNotInitializedException>([] { loadConfiguration(LogMode(3)); });
 }
 
@@ -119,37 +98,20 @@ TEST_F(LogConfigurationTest, TheSearchTakesTheFirstPlaceThatHasAFile)
 // the console, and the run before kept as setup001.txt.
 TEST_F(LogConfigurationTest, AConfigurationWithItsOwnFormattersWritesAFileAndTheConsole)
 {
-    scratch.writeFile(L"KorvalinLogConfig.ini", "[contexts]\n"
-                                                "default=WARNING\n"
-                                                "Framework=INFO\n"
-                                                "Framework::Log::Logger=INFO\n"
-                                                "[formatters]\n"
-                                                "format=<%S>\n"
-                                                "[formatters.myline]\n"
-                                                "type=LineFormatter\n"
-                                                "format=%(shortlevel)S %(context)S: %(text)S\n"
-                                                "[formatters.shortlevel]\n"
-                                                "type=LevelFormatter\n"
-                                                "format=%-7S\n"
-                                                "[formatters.text]\n"
-                                                "type=MessageFormatter\n"
-                                                "[writers]\n"
-                                                "active=main\n"
-                                                "active=console\n"
-                                                "[writers.main]\n"
-                                                "type=RotatedFileWriter\n"
-                                                "formatter=myline\n"
-                                                "dir=" + narrow(scratch.path()) + "logs\n"
-                                                "fileName=setup.txt\n"
-                                                "backupCount=5\n"
-                                                "[writers.console]\n"
-                                                "formatter=Line\n");
+    scratch.writeFile(L"KorvalinLogConfig.ini",
+                      "[contexts]\ndefault=WARNING\nFramework=INFO\nFramework::Log::Logger=INFO\n"
+                      "[formatters]\nformat=<%S>\n"
+                      "[formatters.myline]\ntype=LineFormatter\nformat=%(shortlevel)S %(context)S: %(text)S\n"
+                      "[formatters.shortlevel]\ntype=LevelFormatter\nformat=%-7S\n"
+                      "[formatters.text]\ntype=MessageFormatter\n"
+                      "[writers]\nactive=main\nactive=console\n"
+                      "[writers.main]\ntype=RotatedFileWriter\nformatter=myline\nfileName=setup.txt\ndir=" +
+                          narrow(scratch.path()) + "logs\n"
+                      "[writers.console]\nformatter=Line\n");
     scratch.makeFolder(L"logs");
     scratch.writeFile(L"logs\\setup.txt", "the run before\r\n");
-    const char* probe = std::getenv("KORVALIN_FATAL_PROBE");
-    ASSERT_TRUE(probe);
     std::string console;
-    EXPECT_EQ(0u, runProgram(L"\"" + std::wstring(probe, probe + std::strlen(probe)) + L"\" log", console));
+    EXPECT_EQ(0u, runProgram(L"\"" + testSetting("KORVALIN_FATAL_PROBE") + L"\" log", console));
 
     const std::string used = "Used configuration from " + narrow(scratch.at(L"KorvalinLogConfig.ini"));
     EXPECT_EQ("INFO    Framework::Log::Logger: <" + used + ">\r\n"
@@ -210,7 +172,6 @@ TEST_F(LogConfigurationTest, TheDefaultWriterTakesOverFromAConfigurationWithoutW
 
     // Dropped whole, its contexts too: two warnings say where and why.
     scratch.writeFile(L"KorvalinLogConfig.ini", "[contexts]\ndefault=DEBUG\n[contexts\n");
-    DeleteFileW(scratch.at(L"log.txt").c_str());
     std::string log = logOnce();
     EXPECT_EQ(" Thread000 WARNING Framework::Log::Logger Failed configuration at " + location + "\r\n" +
                   " Thread000 WARNING Framework::Log::Logger \r\nfileName: \r\nline: 3\r\ncolumn: 9\r\n" +
@@ -223,7 +184,6 @@ TEST_F(LogConfigurationTest, TheDefaultWriterTakesOverFromAConfigurationWithoutW
     // A file that is there but can't be read has no location yet.
     DeleteFileW(scratch.at(L"KorvalinLogConfig.ini").c_str());
     scratch.makeFolder(L"KorvalinLogConfig.ini");
-    DeleteFileW(scratch.at(L"log.txt").c_str());
     log = logOnce();
     EXPECT_NE(std::string::npos, log.find(" WARNING Framework::Log::Logger Default configuration search failed\r\n"))
         << log;
