@@ -16,6 +16,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <tuple>
 
 using namespace Framework;
 using namespace std::string_literals;
@@ -47,45 +48,37 @@ SharedPointer<InputValues> parseText(const std::string& text, bool merge = false
     return parser.parse(stream);
 }
 
-struct AcceptedRow
-{
-    std::string text;
-    const wchar_t* tree;
-    bool merge;
-};
-
-const AcceptedRow acceptedRows[] = {
-    {"", L"", false},
-    {"key\n", L"key=\"\";", false},
-    {"a = x ; c\nb = y#1", L"a=\"x\";b=\"y\";", false},
-    {"a = 1\nA = 2", L"a=\"1\",\"2\";", false},
-    {"top = 1\n[sec]\nk = v", L"top=\"1\";sec{k=\"v\";}", false},
-    {"\r\n[s]\r\nk = v\r\n\r\n", L"s{k=\"v\";}", false},
-    {"[sec] ; comment\n# c\n; c\n   \n\t\nk=v", L"sec{k=\"v\";}", false},
-    {"\0junk\nk=v"s, L"k=\"v\";", false},
+const std::pair<std::string, const wchar_t*> acceptedRows[] = {
+    {"", L""},
+    {"key\n", L"key=\"\";"},
+    {"a = x ; c\nb = y#1", L"a=\"x\";b=\"y\";"},
+    {"a = 1\nA = 2", L"a=\"1\",\"2\";"},
+    {"top = 1\n[sec]\nk = v", L"top=\"1\";sec{k=\"v\";}"},
+    {"\r\n[s]\r\nk = v\r\n\r\n", L"s{k=\"v\";}"},
+    {"[sec] ; comment\n# c\n; c\n   \n\t\nk=v", L"sec{k=\"v\";}"},
+    {"\0junk\nk=v"s, L"k=\"v\";"},
     // One pair of quotes comes off a name, every pair off a value; the cut at ; and #
     // comes first and knows no quotes.
-    {"'a b' = 1", L"a b=\"1\";", false},
-    {"'a=b' = 1", L"'a=\"b' = 1\";", false},
-    {"k = \"'x'\"\nl = ''\nm = '  s  '", L"k=\"x\";l=\"\";m=\"  s  \";", false},
-    {"k = \"x ; y\"", L"k=\"\"x\";", false},
-    {"= v", L"=\"v\";", false},
-    {"[a.b]\n[a.c]", L"a{b{}c{}}", false},
-    {"[a.b/c\\d]\nk=1", L"a{b{c{d{k=\"1\";}}}}", false},
-    {"[ 'q s' ]", L"q s{}", false},
-    {"[w]\nx=1\n[w]\ny=2\n[w.sub]\nz=3", L"w{x=\"1\";}w{y=\"2\";sub{z=\"3\";}}", false},
-    {"[a]\nx=1\n[b]\n[a]\ny=2\n[a.c]\n[a.c]", L"a{x=\"1\";y=\"2\";c{}}b{}", true},
+    {"'a b' = 1", L"a b=\"1\";"},
+    {"'a=b' = 1", L"'a=\"b' = 1\";"},
+    {"k = \"'x'\"\nl = ''\nm = '  s  '", L"k=\"x\";l=\"\";m=\"  s  \";"},
+    {"k = \"x ; y\"", L"k=\"\"x\";"},
+    {"= v", L"=\"v\";"},
+    {"[a.b]\n[a.c]", L"a{b{}c{}}"},
+    {"[a.b/c\\d]\nk=1", L"a{b{c{d{k=\"1\";}}}}"},
+    {"[ 'q s' ]", L"q s{}"},
+    {"[w]\nx=1\n[w]\ny=2\n[w.sub]\nz=3", L"w{x=\"1\";}w{y=\"2\";sub{z=\"3\";}}"},
     {"[Gr\xC3\xBC\xC3\x9F" "e]\nnam\xC3\xA9 = v\xC3\xA4rde \xE2\x82\xAC",
-     L"Gr\u00fc\u00dfe{nam\u00e9=\"v\u00e4rde \u20ac\";}", false},
+     L"Gr\u00fc\u00dfe{nam\u00e9=\"v\u00e4rde \u20ac\";}"},
     // Variables: only in values, not between single quotes, a replacement not
     // searched again. KORVALIN_INI_EMPTY comes empty from the test's environment: the
     // runtime's setter would remove it.
-    {"$(NOT_EXPANDED) = 1\n[$(NOR_HERE)]", L"$(NOT_EXPANDED)=\"1\";$(NOR_HERE){}", false},
-    {"a = \"$(KORVALIN_INI_B)\"\nb = '$(KORVALIN_INI_B)'", L"a=\"bee\";b=\"$(KORVALIN_INI_B)\";", false},
-    {"a = x)$(KORVALIN_INI_B)$(KORVALIN_INI_C)y", L"a=\"x)beeseey\";", false},
-    {"a = $(KORVALIN_INI_LOOP)$(KORVALIN_INI_C)", L"a=\"$(KORVALIN_INI_C)see\";", false},
-    {"a = <$(KORVALIN_INI_EMPTY)>\nb = $(KORVALIN_INI_SPACED)", L"a=\"<>\";b=\" s p \";", false},
-    {"a = $ (x) $", L"a=\"$ (x) $\";", false},
+    {"$(NOT_EXPANDED) = 1\n[$(NOR_HERE)]", L"$(NOT_EXPANDED)=\"1\";$(NOR_HERE){}"},
+    {"a = \"$(KORVALIN_INI_B)\"\nb = '$(KORVALIN_INI_B)'", L"a=\"bee\";b=\"$(KORVALIN_INI_B)\";"},
+    {"a = x)$(KORVALIN_INI_B)$(KORVALIN_INI_C)y", L"a=\"x)beeseey\";"},
+    {"a = $(KORVALIN_INI_LOOP)$(KORVALIN_INI_C)", L"a=\"$(KORVALIN_INI_C)see\";"},
+    {"a = <$(KORVALIN_INI_EMPTY)>\nb = $(KORVALIN_INI_SPACED)", L"a=\"<>\";b=\" s p \";"},
+    {"a = $ (x) $", L"a=\"$ (x) $\";"},
 };
 
 TEST(IniParserTest, AcceptedTextsGiveTheirTrees)
@@ -95,14 +88,16 @@ TEST(IniParserTest, AcceptedTextsGiveTheirTrees)
     _wputenv(L"KORVALIN_INI_LOOP=$(KORVALIN_INI_C)");
     _wputenv(L"KORVALIN_INI_SPACED= s p ");
     ASSERT_TRUE(hasEnvironmentVariable(L"KORVALIN_INI_EMPTY"));
-    for (const AcceptedRow& row : acceptedRows) {
+    for (const auto& [text, tree] : acceptedRows) {
         try {
-            EXPECT_EQ(String(row.tree), dumpTree(*parseText(row.text, row.merge))) << row.text;
+            EXPECT_EQ(String(tree), dumpTree(*parseText(text))) << text;
         } catch (fw_exception* raw) {
             std::unique_ptr<fw_exception> thrown(raw);
-            ADD_FAILURE() << "threw " << typeid(*raw).name() << ": " << row.text;
+            ADD_FAILURE() << "threw " << typeid(*raw).name() << ": " << text;
         }
     }
+    // Merging, a section named again goes on where it was.
+    EXPECT_EQ(String(L"a{x=\"1\";y=\"2\";c{}}b{}"), dumpTree(*parseText("[a]\nx=1\n[b]\n[a]\ny=2\n[a.c]\n[a.c]", true)));
 }
 
 const char noBracket[] = "there is no end pair bracket in section";
@@ -110,16 +105,8 @@ const char restricted[] = "there are restricted symbols in name";
 const char unclosed[] = "There is no closing bracket in system variable";
 const char badInclude[] = "Wrong include directive";
 
-struct RejectedRow
-{
-    std::string text;
-    uint32_t line;
-    uint32_t column;
-    std::string message;
-};
-
-// The column is the parser's rough count (IniParser.h).
-const RejectedRow rejectedRows[] = {
+// Text, line, the parser's rough column (IniParser.h), message.
+const std::tuple<std::string, uint32_t, uint32_t, std::string> rejectedRows[] = {
     {"[sec ; comment]", 1, 15, noBracket},
     {"ok=1\n\n# c\n[bad  \r\nnext", 4, 7, noBracket},
     // The first byte of a section line goes unseen, so the "[" stays in the name.
@@ -138,19 +125,19 @@ const RejectedRow rejectedRows[] = {
 
 TEST(IniParserTest, RejectedTextsNameTheirLineColumnMessageAndCiteTheLine)
 {
-    for (const RejectedRow& row : rejectedRows) {
-        SCOPED_TRACE(row.text);
-        auto error = expectThrown<TextFormatException>([&] { parseText(row.text); });
+    for (const auto& [text, line, column, message] : rejectedRows) {
+        SCOPED_TRACE(text);
+        auto error = expectThrown<TextFormatException>([&] { parseText(text); });
         if (!error)
             continue;
-        EXPECT_EQ(String(row.message.c_str()), error->errorMessage);
-        EXPECT_EQ(row.line, error->line);
-        EXPECT_EQ(row.column, error->column);
+        EXPECT_EQ(String(message.c_str()), error->errorMessage);
+        EXPECT_EQ(line, error->line);
+        EXPECT_EQ(column, error->column);
         // The cited line as it stands in the text, up to its "\n".
         size_t start = 0;
-        for (uint32_t n = 1; n < row.line; ++n)
-            start = row.text.find('\n', start) + 1;
-        const std::string cited = row.text.substr(start, row.text.find('\n', start) - start);
+        for (uint32_t n = 1; n < line; ++n)
+            start = text.find('\n', start) + 1;
+        const std::string cited = text.substr(start, text.find('\n', start) - start);
         EXPECT_EQ(String(AnsiString(cited.data(), uint32_t(cited.size()))), error->citation);
         EXPECT_EQ(String(), error->fileName);
     }
@@ -203,13 +190,8 @@ protected:
 
 TEST_F(IniIncludeTest, IncludedFilesLandAtTheTopOnceEachAndCyclesEnd)
 {
-    scratch.writeFile(L"main.ini", "a = 1\n"
-                                   "@include conf\\inner.ini\n"
-                                   "a = 3\n"
-                                   "@include conf\\inner.ini\n"
-                                   "[sec]\n"
-                                   "@include   \"conf\\other.ini\"  \r\n"
-                                   "k = in-sec\n");
+    scratch.writeFile(L"main.ini", "a = 1\n@include conf\\inner.ini\na = 3\n@include conf\\inner.ini\n"
+                                   "[sec]\n@include   \"conf\\other.ini\"  \r\nk = in-sec\n");
     // Found beside itself, not beside main.ini; the way back to main.ini closes a cycle.
     scratch.writeFile(L"conf\\inner.ini", "a = 2\n[inner]\nx = 1\n@include deeper.ini\n");
     scratch.writeFile(L"conf\\deeper.ini", "d = 4\n@include ..\\main.ini\n[inner]\ny = 2\n");
