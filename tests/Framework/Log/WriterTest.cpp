@@ -131,23 +131,30 @@ TEST_F(WriterTest, AnsiFileWriterEndsEachTextWithAZeroByteInTheCodePage)
     EXPECT_EQ(std::string(platform, length), scratch.readFile(L"log.txt"));
 }
 
+// Each child writes its formatter's head before its first record and its tail at close.
 TEST_F(WriterTest, MultiWriterGivesEachChildItsOwnFormatAndStopsAtAFailure)
 {
-    Configuration configuration = readyConfiguration(L"[%(message)S]");
-    SharedPointer<FileWriter> plain(new FileWriter), bracketed(new FileWriter), after(new FileWriter);
+    Configuration configuration = readyConfiguration();
+    SharedPointer<FileWriter> plain(new FileWriter), xml(new FileWriter), after(new FileWriter);
     prepare(*plain, L"plain.txt");
-    prepare(*bracketed, L"bracketed.txt").setFormatter(configuration.formatters->get(L"test"));
+    prepare(*xml, L"log.xml").setFormatter(configuration.formatters->get(L"Xml"));
     prepare(*after, L"after.txt");
     MultiWriter multi;
     multi.add(plain);
-    multi.add(bracketed);
+    multi.add(xml);
     multi.write(recordWith(L"m"));
     multi.add(SharedPointer<Writer>(new FileWriter));  // no formatter
     multi.add(after);
     expectThrown<ValueNotInitializedException>([&] { multi.write(recordWith(L"n")); });
+    multi.close();
     EXPECT_EQ("m\r\nn\r\n", scratch.readFile(L"plain.txt"));
-    EXPECT_EQ("[m]\r\n[n]\r\n", scratch.readFile(L"bracketed.txt"));
     EXPECT_FALSE(scratch.exists(L"after.txt"));
+    const std::string document = scratch.readFile(L"log.xml");
+    const std::string head = "<?xml version=\"1.0\" encoding=\"UTF-16LE\"?>\r\n<log>\r\n<logrecord>";
+    EXPECT_EQ(head, document.substr(0, head.size()));
+    EXPECT_EQ(std::string::npos, document.find("<?xml", 1)) << document;
+    const std::string tail = "<message>n</message>\r\n</logrecord>\r\n</log>\r\n";
+    EXPECT_EQ(tail, document.substr(document.size() - std::min(document.size(), tail.size())));
 }
 
 // The installation's log is the one the writing thread has bound, the innermost
