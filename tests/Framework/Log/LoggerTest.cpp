@@ -14,7 +14,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <sys/timeb.h>
+
+#include <cstdlib>
 #include <memory>
 #include <sstream>
 #include <thread>
@@ -167,15 +169,12 @@ TEST_F(LoggerTest, ManyThreadsThroughOneFileWriterLoseNoLineAndBreakNone)
     std::vector<int> next(threadCount, 0);
     int broken = 0;
     for (std::string line; std::getline(lines, line);) {
-        std::istringstream fields(line);
-        int thread = -1, index = -1;
-        std::string rest;
-        fields >> thread >> index >> rest;
-        if (line.back() != '\r' || thread < 0 || thread >= threadCount || index != next[thread] || rest != payload ||
-            !(fields >> rest).eof())
-            ++broken;
-        else
+        const int thread = std::atoi(line.c_str());
+        if (thread >= 0 && thread < threadCount &&
+            line == std::to_string(thread) + " " + std::to_string(next[thread]) + " " + payload + "\r")
             ++next[thread];
+        else
+            ++broken;
     }
     EXPECT_EQ(0, broken);
     EXPECT_EQ(std::vector<int>(threadCount, recordsPerThread), next);
@@ -186,32 +185,25 @@ TEST_F(LoggerTest, ManyThreadsThroughOneFileWriterLoseNoLineAndBreakNone)
 // under Wine a process that read the system's zone first keeps that zone's bias.
 TEST(LoggerTimeTest, TheLocalClockIsUtcPlusTheZoneAndItsDaylightBias)
 {
-    const struct
-    {
-        const char* zone;
-        int64_t minutesAhead;
-    } rows[] = {{"UTC0", 0}, {"EST5", -300}, {"IST-5:30", 330}, {"EST5EDT", -240}, {"CET-1CEST", 120}};
-    std::wstring command = L"\"" + testSetting("KORVALIN_LOG_CONSOLE_CHILD") + L"\"";
-    for (const auto& row : rows)
-        command += L" " + std::wstring(row.zone, row.zone + std::strlen(row.zone));
-    const auto utcNow = [] {
-        FILETIME now;
-        GetSystemTimeAsFileTime(&now);
-        return int64_t((uint64_t(now.dwHighDateTime) << 32 | now.dwLowDateTime) / 10000 - 11644473600000ull);
+    const std::pair<std::string, int64_t> rows[] = {
+        {"UTC0", 0}, {"EST5", -300}, {"IST-5:30", 330}, {"EST5EDT", -240}, {"CET-1CEST", 120},
     };
+    std::wstring command = L"\"" + testSetting("KORVALIN_LOG_CONSOLE_CHILD") + L"\"";
+    for (const auto& [zone, minutesAhead] : rows)
+        command += L" " + std::wstring(zone.begin(), zone.end());
     _putenv("TZ=UTC0");
     std::string output;
-    const int64_t before = utcNow();
+    __timeb64 before, after;
+    _ftime64(&before);
     EXPECT_EQ(0u, runProgram(command, output));
-    const int64_t after = utcNow();
+    _ftime64(&after);
     _putenv("TZ=");
     std::istringstream times(output);
-    for (const auto& row : rows) {
-        std::string zone;
+    for (const auto& [zone, minutesAhead] : rows) {
+        std::string printed;
         int64_t local = 0;
-        times >> zone >> local;
-        EXPECT_EQ(row.zone, zone);
-        EXPECT_LE(before + row.minutesAhead * 60000, local) << row.zone;
-        EXPECT_GE(after + row.minutesAhead * 60000, local) << row.zone;
+        times >> printed >> local;
+        EXPECT_LE(before.time * 1000 + before.millitm + minutesAhead * 60000, local) << zone;
+        EXPECT_GE(after.time * 1000 + after.millitm + minutesAhead * 60000, local) << zone;
     }
 }
