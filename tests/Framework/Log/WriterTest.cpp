@@ -58,45 +58,19 @@ protected:
 
 TEST_F(WriterTest, EveryTextEndsInOneLineEndInUtf8)
 {
-    const struct
-    {
-        const wchar_t* text;
-        const char* bytes;  // null: no file at all
-    } rows[] = {
-        {L"x", "x\r\n"},
-        {L"a\n\nb", "a\r\n\r\nb\r\n"},
-        {L"a\r\n", "a\r\n"},
-        {L"a\r", "a\r\r\n"},
-        {L"\ra\rb", "\ra\rb\r\n"},
-        {L"a\r\r\nb\n", "a\r\r\nb\r\n"},
-        {L"\u00e9\u20ac", "\xc3\xa9\xe2\x82\xac\r\n"},
-        {L"", nullptr},
+    // Text and bytes; null: no file is opened, the old one stays.
+    const std::pair<const wchar_t*, const char*> rows[] = {
+        {L"x", "x\r\n"}, {L"a\n\nb", "a\r\n\r\nb\r\n"}, {L"a\r\n", "a\r\n"}, {L"a\r", "a\r\r\n"},
+        {L"a\r\r\nb\n", "a\r\r\nb\r\n"}, {L"\u00e9\u20ac", "\xc3\xa9\xe2\x82\xac\r\n"}, {L"", nullptr},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(narrowForTest(row.text));
+    for (const auto& [text, bytes] : rows) {
+        SCOPED_TRACE(narrowForTest(text));
         scratch.writeFile(L"log.txt", "an old run that was much longer\r\n");
         FileWriter writer;
-        prepare(writer).write(recordWith(row.text));
+        prepare(writer).write(recordWith(text));
         // Flushed at once: the file holds the line while the writer is still open.
-        EXPECT_EQ(row.bytes ? row.bytes : "an old run that was much longer\r\n", scratch.readFile(L"log.txt"));
+        EXPECT_EQ(bytes ? bytes : "an old run that was much longer\r\n", scratch.readFile(L"log.txt"));
     }
-}
-
-TEST_F(WriterTest, FileWriterNeedsAFormatterAndFollowsAChangedPath)
-{
-    FileWriter writer;
-    expectThrown<ValueNotInitializedException>([&] { writer.write(recordWith(L"lost")); });
-    EXPECT_EQ(String(L"log.txt"), writer.filePath().fullText());
-    scratch.writeFile(L"other.txt", "kept\r\n");
-    prepare(writer).write(recordWith(L"one"));
-    writer.setProperty(L"fileName", L"other.txt");
-    writer.write(recordWith(L"two"));
-    scratch.makeFolder(L"sub");
-    writer.setProperty(L"dir", (scratch.path() + L"sub").c_str());
-    writer.write(recordWith(L"three"));
-    EXPECT_EQ("one\r\n", scratch.readFile(L"log.txt"));
-    EXPECT_EQ("kept\r\ntwo\r\n", scratch.readFile(L"other.txt"));
-    EXPECT_EQ("three\r\n", scratch.readFile(L"sub\\other.txt"));
 }
 
 TEST_F(WriterTest, EachRunShiftsTheOlderRunsUpToTheBackupCountAndTheFirstGap)
