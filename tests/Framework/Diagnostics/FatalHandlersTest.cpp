@@ -55,7 +55,7 @@ TEST(FatalHandlersTest, EachHandlerWritesItsLineThenEndsItsOwnWay)
         // with its clean-up run.
         {"purecall invalid insufficient new malloc", 0,
          "caught ErrorException\r\ncleaned up\r\ncaught ErrorException\r\ncaught fw_exception_memory\r\n"
-         "caught fw_exception_memory\r\nmalloc gave null\r\n",
+         "caught fw_exception_memory\r\nmalloc gave null\r\nreturned\r\n",
          " Thread000 ERROR Framework Crt::handlePurecall() - before abort(): \r\n"
          " Thread000 ERROR Framework Crt::handleInvalidParameter() - before abort(): \r\n"
          " Thread000 ERROR Framework Crt::handleInsufficientMemory() - before abort(): \r\n"},

@@ -1,7 +1,7 @@
 // A program that breaks in the ways its arguments name, in order, for the fatal
-// handlers' tests; "log" logs a few messages instead. It logs nothing else of its own;
-// where it survives, standard output says how. Built twice: as a console program and
-// as one of the windows subsystem, where msvcrt would report in a box.
+// handlers' tests; "log" logs a few messages instead. It logs nothing else of its own,
+// and after each way it survives prints what it caught. Built twice: as a console
+// program and as one of the windows subsystem, where msvcrt would report in a box.
 #include "Framework/Diagnostics/Crt.h"
 #include "Framework/Exceptions.h"
 #include "Framework/Log/Context.h"
@@ -13,7 +13,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <functional>
+#include <map>
 #include <string>
 
 using namespace Framework;
@@ -53,60 +54,57 @@ struct BuildsWhileUnwinding
     ~BuildsWhileUnwinding() { delete new ErrorException(SITE); }
 };
 
-template <class E, class Body>
-void expectCaught(const char* what, Body body)
-{
-    try {
-        body();
-        std::printf("returned\n");
-    } catch (E* raw) {
-        std::unique_ptr<E> caught(raw);
-        std::printf("caught %s\n", what);
-    }
-}
+const std::map<std::string, std::function<void()>> ways = {
+    {"log",
+     [] {
+         Log::Context framework(L"Framework", Log::Logger::instance);
+         Log::Context other(L"Other", Log::Logger::instance);
+         framework.debug(LOG_SITE, "not at INFO");
+         framework.error(LOG_SITE, "first %S", L"100% %d");
+         other.debug(LOG_SITE, "not at ERROR");
+         other.error(LOG_SITE, "second");
+     }},
+    {"purecall", [] { FatalProbeDerived derived; }},
+    {"invalid",
+     [] {
+         Cleanup cleanup;
+         char buffer[2];
+         strcpy_s(buffer, sizeof buffer, "too long");
+     }},
+    {"insufficient", [] { Crt::handleInsufficientMemory(16); }},
+    {"new", exhaustion::allocateTooMuch},
+    {"malloc",
+     [] {
+         void* volatile block = std::malloc(exhaustion::tooMuch());
+         std::printf(block ? "malloc gave a block\n" : "malloc gave null\n");
+         std::free(block);
+     }},
+    // No Framework exception is in flight, so the handler has no previous one to print.
+    {"unrecoverable",
+     [] {
+         try {
+             BuildsWhileUnwinding builds;
+             throw 1;
+         } catch (int) {
+         }
+     }},
+    {"runtime-assert", [] { _assert("false", __FILE__, __LINE__); }},
+};
 
 }  // namespace
 
 int main(int argc, char** argv)
 {
     for (int i = 1; i < argc; ++i) {
-        const std::string way = argv[i];
-        if (way == "log") {
-            Log::Context framework(L"Framework", Log::Logger::instance);
-            Log::Context other(L"Other", Log::Logger::instance);
-            framework.debug(LOG_SITE, "not at INFO");
-            framework.error(LOG_SITE, "first %S", L"100% %d");
-            other.debug(LOG_SITE, "not at WARNING");
-            other.error(LOG_SITE, "second");
-        } else if (way == "purecall") {
-            expectCaught<ErrorException>("ErrorException", [] { FatalProbeDerived derived; });
-        } else if (way == "invalid") {
-            expectCaught<ErrorException>("ErrorException", [] {
-                Cleanup cleanup;
-                char buffer[2];
-                strcpy_s(buffer, sizeof buffer, "too long");
-            });
-        } else if (way == "insufficient") {
-            expectCaught<fw_exception_memory>("fw_exception_memory", [] { Crt::handleInsufficientMemory(16); });
-        } else if (way == "new") {
-            expectCaught<fw_exception_memory>("fw_exception_memory", exhaustion::allocateTooMuch);
-        } else if (way == "malloc") {
-            void* volatile block = std::malloc(exhaustion::tooMuch());
-            std::printf(block ? "malloc gave a block\n" : "malloc gave null\n");
-            std::free(block);
-        } else if (way == "unrecoverable") {
-            // No Framework exception is in flight, so the handler has no previous one to print.
-            try {
-                BuildsWhileUnwinding builds;
-                throw 1;
-            } catch (int) {
-            }
+        try {
+            ways.at(argv[i])();
             std::printf("returned\n");
-        } else if (way == "runtime-assert") {
-            _assert("false", __FILE__, __LINE__);
-        } else {
-            std::printf("unknown way\n");
-            return 2;
+        } catch (ErrorException* raw) {
+            delete raw;
+            std::printf("caught ErrorException\n");
+        } catch (fw_exception_memory* raw) {
+            delete raw;
+            std::printf("caught fw_exception_memory\n");
         }
     }
     return 0;

@@ -99,7 +99,7 @@ TEST_F(LogConfigurationTest, TheSearchTakesTheFirstPlaceThatHasAFile)
 TEST_F(LogConfigurationTest, AConfigurationWithItsOwnFormattersWritesAFileAndTheConsole)
 {
     scratch.writeFile(L"KorvalinLogConfig.ini",
-                      "[contexts]\ndefault=WARNING\nFramework=INFO\nFramework::Log::Logger=INFO\n"
+                      "[contexts]\ndefault=WARNING\nFramework=INFO\nFramework::Log::Logger=INFO\nOther=ERROR\n"
                       "[formatters]\nformat=<%S>\n"
                       "[formatters.myline]\ntype=LineFormatter\nformat=%(shortlevel)S %(context)S: %(text)S\n"
                       "[formatters.shortlevel]\ntype=LevelFormatter\nformat=%-7S\n"
@@ -121,7 +121,8 @@ TEST_F(LogConfigurationTest, AConfigurationWithItsOwnFormattersWritesAFileAndThe
     EXPECT_EQ("the run before\r\n", scratch.readFile(L"logs\\setup001.txt"));
     EXPECT_EQ(" Thread000 INFO Framework::Log::Logger " + used + "\r\n"
               " Thread000 ERROR Framework first 100% %d\r\n"
-              " Thread000 ERROR Other second\r\n",
+              " Thread000 ERROR Other second\r\n"
+              "returned\r\n",
               withoutTimes(console));
 }
 
