@@ -10,64 +10,42 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <typeinfo>
 
 using namespace Framework;
 using namespace Framework::Log;
 
-namespace {
-
-enum class Refused { No, Format, Lookup };
-
-struct TemplateRow
-{
-    const wchar_t* text;
-    const wchar_t* expected;
-    Refused refused;
-};
-
-}  // namespace
-
 TEST(FormatterTest, TemplateLanguageKeepsItsQuirksAndRefusesLoops)
 {
-    const TemplateRow rows[] = {
-        {L"abc%(level)S", L"abcERROR", Refused::No},
-        {L"abc%def%(level)S", L"defERROR", Refused::No},
-        {L"%(level)S tail", L"ERROR tail", Refused::No},
-        {L"%(level)S%tail", L"ERROR", Refused::No},
-        {L"no conversion at all", L"", Refused::No},
-        {L"100%%(level)S", L"100ERROR", Refused::No},
-        {L"%-8(level)S|", L"ERROR   |", Refused::No},
-        {L"%(LEVEL)S/%(Context)S", L"ERROR/A::B", Refused::No},
-        {L"%(level", nullptr, Refused::Format},
-        {L"%(nosuch)S", nullptr, Refused::Lookup},
-        {L"at (x): %(level)S", nullptr, Refused::Lookup},
-        // Formatting would never end: itself, or through "outer", which names it.
-        {L"%(test)S", nullptr, Refused::Format},
-        {L"%(level)S %(outer)S", nullptr, Refused::Format},
-    };
     Configuration configuration = readyConfiguration(L"%(level)S");
     const SharedPointer<Formatter> formatter = configuration.formatters->get(L"test");
+    const Record record = recordWith(L"m", Level::Error, L"A::B");
+    const std::pair<const wchar_t*, const wchar_t*> accepted[] = {
+        {L"abc%(level)S", L"abcERROR"},      {L"abc%def%(level)S", L"defERROR"},
+        {L"%(level)S tail", L"ERROR tail"},  {L"%(level)S%tail", L"ERROR"},
+        {L"no conversion at all", L""},      {L"100%%(level)S", L"100ERROR"},
+        {L"%-8(level)S|", L"ERROR   |"},     {L"%(LEVEL)S/%(Context)S", L"ERROR/A::B"},
+    };
+    for (const auto& [text, expected] : accepted) {
+        formatter->setFormat(text);
+        EXPECT_EQ(String(expected), formatter->format(record)) << narrowForTest(text);
+    }
+
+    // "outer" names "test": a template that reaches "test" again would never end.
     const SharedPointer<Formatter> outer(new LineFormatter);
     configuration.formatters->add(L"outer", outer);
     outer->setFormatters(configuration.formatters);
     outer->setFormat(L"<%(test)S>");
-    const Record record = recordWith(L"m", Level::Error, L"A::B");
-    for (const TemplateRow& row : rows) {
-        SCOPED_TRACE(narrowForTest(row.text));
-        if (row.refused == Refused::No) {
-            formatter->setFormat(row.text);
-            EXPECT_EQ(String(row.expected), formatter->format(record));
-            continue;
-        }
-        if (row.refused == Refused::Format)
-            expectThrown<FormatException>([&] { formatter->setFormat(row.text); });
-        else
-            expectThrown<LookupException>([&] { formatter->setFormat(row.text); });
+    const std::pair<const wchar_t*, std::string> refused[] = {
+        {L"%(level", typeid(FormatException).name()},        {L"%(nosuch)S", typeid(LookupException).name()},
+        {L"at (x): %(level)S", typeid(LookupException).name()}, {L"%(test)S", typeid(FormatException).name()},
+        {L"%(level)S %(outer)S", typeid(FormatException).name()},
+    };
+    for (const auto& [text, failure] : refused) {
+        EXPECT_EQ(failure, thrownClass([&] { formatter->setFormat(text); })) << narrowForTest(text);
         // Nothing of the refused template stays, so nothing loops.
         EXPECT_EQ(String(L"<>"), outer->format(record));
     }
-    LineFormatter unattached;
-    expectThrown<ValueNotInitializedException>([&] { unattached.setFormat(L"%(level)S"); });
 }
 
 TEST(FormatterTest, ItemFormattersPrintTheirFields)
@@ -98,8 +76,6 @@ TEST(FormatterTest, ItemFormattersPrintTheirFields)
         {L"ElapsedTime", nullptr, bigElapsed, L"5"},
         {L"ElapsedTime", L"%Lu ms", bigElapsed, L"4294967301 ms"},
         {L"Context", L"<%S>", recordWith(L"x", Level::Error, L"A::B"), L"<A::B>"},
-        {L"ContextIndent", nullptr, recordWith(L"x", Level::Error, L"A::B::C"), L""},
-        {L"ThreadId", nullptr, recordWith(L"x"), toString(uint32_t(GetCurrentThreadId()))},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(narrowForTest(row.formatter));
