@@ -145,8 +145,6 @@ TEST(IniParserTest, RejectedTextsNameTheirLineColumnMessageAndCiteTheLine)
     ASSERT_FALSE(hasEnvironmentVariable(L"KORVALIN_INI_UNSET"));
     const std::pair<const char*, std::string> others[] = {
         {"[]", typeid(FormatException).name()},
-        {"[./\\]", typeid(FormatException).name()},
-        {"a = $()", typeid(ErrorException).name()},
         {"[s]\na = x$(KORVALIN_INI_UNSET)", typeid(EnvironmentException).name()},
     };
     for (const auto& row : others)
@@ -177,56 +175,43 @@ TEST(IniParserTest, PlainPairsReadAsThePlatformReadsThem)
     }
 }
 
-class IniIncludeTest : public ::testing::Test
+// Included files land at the top of the tree, each once, and a cycle ends; an include
+// is looked for as given (from the working folder), then beside the including file;
+// an error names the file it stands in.
+TEST(IniParserTest, IncludesAreReadOnceFromTheWorkingFolderOrBesideAndNameTheirErrors)
 {
-protected:
-    IniIncludeTest() : scratch(L"ini") { scratch.makeFolder(L"conf"); }
-
-    String at(const wchar_t* relative) const { return String(scratch.at(relative).c_str()); }
-    String loadTree(const wchar_t* relative) { return dumpTree(*IniParser().load(at(relative))); }
-
-    ScratchFolder scratch;
-};
-
-TEST_F(IniIncludeTest, IncludedFilesLandAtTheTopOnceEachAndCyclesEnd)
-{
+    ScratchFolder scratch(L"ini");
+    const auto at = [&](const wchar_t* relative) { return String(scratch.at(relative).c_str()); };
+    const auto loadTree = [&](const wchar_t* relative) { return dumpTree(*IniParser().load(at(relative))); };
+    scratch.makeFolder(L"conf");
     scratch.writeFile(L"main.ini", "a = 1\n@include conf\\inner.ini\na = 3\n@include conf\\inner.ini\n"
                                    "[sec]\n@include   \"conf\\other.ini\"  \r\nk = in-sec\n");
-    // Found beside itself, not beside main.ini; the way back to main.ini closes a cycle.
     scratch.writeFile(L"conf\\inner.ini", "a = 2\n[inner]\nx = 1\n@include deeper.ini\n");
     scratch.writeFile(L"conf\\deeper.ini", "d = 4\n@include ..\\main.ini\n[inner]\ny = 2\n");
     scratch.writeFile(L"conf\\other.ini", "o = 5\n");
-    // The included a replaces the one before, the one behind adds to it; the include in
-    // [sec] puts o at the top, and sec goes on behind it.
+    // The included a replaces the one before, the one behind adds to it; groups of one
+    // name stay apart; the include in [sec] puts o at the top, and sec goes on behind it.
     EXPECT_EQ(String(L"a=\"2\",\"3\";d=\"4\";o=\"5\";inner{x=\"1\";}inner{y=\"2\";}sec{k=\"in-sec\";}"),
               loadTree(L"main.ini"));
-
-    // A parser remembers what it read: the same name again is refused.
     IniParser parser;
     parser.load(at(L"conf\\other.ini"));
     expectThrown<ValueExistsException>([&] { parser.load(at(L"conf\\other.ini")); });
-}
 
-TEST_F(IniIncludeTest, TheWorkingFolderIsAskedFirstThenTheIncludingFilesFolder)
-{
     scratch.makeFolder(L"work");
     scratch.makeFolder(L"work\\conf");
-    scratch.writeFile(L"work\\conf\\pick.ini", "from = work\n");
-    scratch.writeFile(L"conf\\pick.ini", "from = beside\n");
-    scratch.writeFile(L"main.ini", "@include 'conf\\pick.ini'\n");
-    EXPECT_EQ(String(L"from=\"beside\";"), loadTree(L"main.ini"));
-    WorkingFolder moved(scratch.at(L"work"));
-    EXPECT_EQ(String(L"from=\"work\";"), loadTree(L"main.ini"));
-    // A text with no file name finds what the working folder has, and nothing else.
-    EXPECT_EQ(String(L"from=\"work\";"), dumpTree(*parseText("@include conf\\pick.ini")));
-    expectThrown<TextFormatException>([] { parseText("@include main.ini"); });
-}
+    scratch.writeFile(L"work\\conf\\other.ini", "from = work\n");
+    scratch.writeFile(L"pick.ini", "@include 'conf\\other.ini'\n");
+    EXPECT_EQ(String(L"o=\"5\";"), loadTree(L"pick.ini"));
+    {
+        WorkingFolder moved(scratch.at(L"work"));
+        EXPECT_EQ(String(L"from=\"work\";"), loadTree(L"pick.ini"));
+        // A text with no file name finds what the working folder has, and nothing else.
+        expectThrown<TextFormatException>([] { parseText("@include pick.ini"); });
+    }
 
-TEST_F(IniIncludeTest, ErrorsNameTheFileAndLineTheyStandIn)
-{
-    scratch.writeFile(L"main.ini", "a = 1\n[s]\n@include conf\\bad.ini\n");
     scratch.writeFile(L"conf\\bad.ini", "ok = 1\n\nbroken[ = 2\n");
-    if (auto inner = expectThrown<TextFormatException>([&] { loadTree(L"main.ini"); })) {
+    scratch.writeFile(L"bad.ini", "a = 1\n[s]\n@include conf\\bad.ini\n");
+    if (auto inner = expectThrown<TextFormatException>([&] { loadTree(L"bad.ini"); })) {
         EXPECT_EQ(at(L"conf\\bad.ini"), inner->fileName);
         EXPECT_EQ(3u, inner->line);
     }
