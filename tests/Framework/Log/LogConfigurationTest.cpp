@@ -1,6 +1,7 @@
 // Where the logger finds its configuration and what it makes of it, on the real disk:
 // files in a scratch working folder and beside this program, the environment
-// variable, and the resource built into this program ("[contexts] default=DEBUG").
+// variable, and the resource built into this program ("[contexts] default=DEBUG");
+// and the logger at work with what it found.
 #include "Framework/Log/ConfigurationLoader.h"
 
 #include "Framework/Exceptions.h"
@@ -10,14 +11,18 @@
 #include "support/ActionLibrary.h"
 #include "support/ExpectThrown.h"
 #include "support/Installer.h"
+#include "support/LogRecords.h"
 #include "support/ScratchFolder.h"
 #include "support/TextHelpers.h"
 #include "support/WorkingFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <sstream>
+#include <thread>
 #include <typeinfo>
 
 using namespace Framework;
@@ -39,6 +44,8 @@ std::string withoutTimes(const std::string& text)
     return lines;
 }
 
+Logger* testLogger = nullptr;
+
 class LogConfigurationTest : public ::testing::Test
 {
 protected:
@@ -55,25 +62,33 @@ protected:
         _wputenv(L"KORVALIN_LOG_CONFIG=");
     }
 
-    // A logger of its own, as the process's first message would make it, and one ERROR
-    // message through a context "Test"; the log file as it was left.
-    std::string logOnce(const wchar_t* logFile = L"log.txt")
+    // A context of the test's logger, made as the process's first message makes one: it
+    // looks for its configuration when a context first asks for its threshold.
+    Context context(const wchar_t* name)
     {
-        {
-            Logger logger(LogMode::Product);
-            testLogger = &logger;
-            Context(L"Test", [] { return testLogger; }).error(LOG_SITE, "after %S", L"configuration");
+        if (!logger) {
+            logger.reset(new Logger(LogMode::Product));
+            testLogger = logger.get();
         }
-        return scratch.exists(logFile) ? scratch.readFile(logFile) : std::string();
+        return Context(name, [] { return testLogger; });
     }
 
-    static Logger* testLogger;
+    // One ERROR message from a new logger; the log file as that logger left it.
+    std::string logOnce()
+    {
+        logger.reset();
+        context(L"Test").error(LOG_SITE, "after %S", L"configuration");
+        logger.reset();
+        return read(L"log.txt");
+    }
+
+    std::string read(const wchar_t* file) { return scratch.exists(file) ? scratch.readFile(file) : ""; }
+
     ScratchFolder scratch;
     std::wstring beside;
     WorkingFolder moved;
+    std::unique_ptr<Logger> logger;
 };
-
-Logger* LogConfigurationTest::testLogger = nullptr;
 
 TEST_F(LogConfigurationTest, TheSearchTakesTheFirstPlaceThatHasAFile)
 {
@@ -188,6 +203,83 @@ TEST_F(LogConfigurationTest, TheDefaultWriterTakesOverFromAConfigurationWithoutW
     log = logOnce();
     EXPECT_NE(std::string::npos, log.find(" WARNING Framework::Log::Logger Default configuration search failed\r\n"))
         << log;
+}
+
+// A record logged while an installation's log is bound goes there too, in the "Line"
+// format, and first: a configured writer that fails can't keep it away. A configuration
+// that names an InstallerLogWriter gives it its own format, and the line comes once.
+TEST_F(LogConfigurationTest, TheInstallationsLogJoinsEveryConfiguredWriter)
+{
+    KeptInstallerLog installation;
+    InstallerLog::Binding binding(installation);
+    for (const char* writers : {"active=file\n[writers.file]\nformatter=Message\n",
+                                "active=file\n[writers.file]\n",  // no formatter: fails at every record
+                                "active=installerlog\n[writers.installerlog]\nformatter=Message\n"}) {
+        scratch.writeFile(L"KorvalinLogConfig.ini", std::string("[writers]\n") + writers);
+        logOnce();
+    }
+    ASSERT_EQ(3u, installation.lines.size());
+    EXPECT_EQ(L" Thread000 ERROR Test after configuration", installation.lines[0].substr(19));
+    EXPECT_EQ(L" Thread000 ERROR Test after configuration", installation.lines[1].substr(19));
+    EXPECT_EQ(L"after configuration", installation.lines[2]);
+}
+
+// A failure turns logging off until the logger adopts a configuration again, which
+// then reaches a context that cached the old threshold.
+TEST_F(LogConfigurationTest, FailuresTurnLoggingOffUntilTheNextConfiguration)
+{
+    scratch.writeFile(L"KorvalinLogConfig.ini", "[writers]\nactive=file\n[writers.file]\nformatter=Message\n");
+    Context test = context(L"Test");
+    test.error(LOG_SITE, "before");
+    // The format engine refuses a result of 20 million characters.
+    test.error(LOG_SITE, "%20000000d", 1);
+    test.error(LOG_SITE, "after");
+    EXPECT_EQ("before\r\n", read(L"log.txt"));
+    scratch.writeFile(L"KorvalinLogConfig.ini",
+                      "[contexts]\nTest=DEBUG\n[writers]\nactive=file\n[writers.file]\nformatter=Message\nfileName=again.txt\n");
+    logger->adopt(loadConfiguration(LogMode::Product));
+    test.debug(LOG_SITE, "on again");
+    EXPECT_EQ("on again\r\n", read(L"again.txt"));
+
+    // A logger with no configuration has no writer, a context without a logger no provider.
+    Logger bare(LogMode::Product);
+    expectThrown<ErrorException>([&] { bare.dispatch(recordWith(L"x")); });
+    expectThrown<ErrorException>([] { Context().error(LOG_SITE, "x"); });
+}
+
+// Every line is committed on its own, so a few hundred a thread meet at the lock as
+// often as thousands would.
+TEST_F(LogConfigurationTest, ManyThreadsThroughOneFileWriterLoseNoLineAndBreakNone)
+{
+    const int threadCount = 8;
+    const int recordsPerThread = 300;
+    const std::string payload(60, 'x');
+    scratch.writeFile(L"KorvalinLogConfig.ini", "[writers]\nactive=file\n[writers.file]\nformatter=Message\n");
+    Context shared = context(L"Threads");
+    std::vector<std::thread> threads;
+    for (int t = 0; t < threadCount; ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < recordsPerThread; ++i)
+                shared.error(LOG_SITE, "%d %d %s", t, i, payload.c_str());
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+
+    // Each line whole, and each thread's lines in their order.
+    std::istringstream lines(read(L"log.txt"));
+    std::vector<int> next(threadCount, 0);
+    int broken = 0;
+    for (std::string line; std::getline(lines, line);) {
+        const int thread = std::atoi(line.c_str());
+        if (thread >= 0 && thread < threadCount &&
+            line == std::to_string(thread) + " " + std::to_string(next[thread]) + " " + payload + "\r")
+            ++next[thread];
+        else
+            ++broken;
+    }
+    EXPECT_EQ(0, broken);
+    EXPECT_EQ(std::vector<int>(threadCount, recordsPerThread), next);
 }
 
 }  // namespace
