@@ -31,9 +31,9 @@ Outcome runProbe(const char* ways, const char* probeVariable = "KORVALIN_FATAL_P
     WorkingFolder moved(scratch.path());
     _wputenv(L"KORVALIN_LOG_CONFIG=");
     const std::string given = ways;
+    const std::wstring command = L"\"" + testSetting(probeVariable) + L"\" " + std::wstring(given.begin(), given.end());
     Outcome outcome;
-    outcome.exitCode = runProgram(L"\"" + testSetting(probeVariable) + L"\" " + std::wstring(given.begin(), given.end()),
-                                  outcome.output);
+    outcome.exitCode = runProgram(command, outcome.output);
     std::istringstream log(scratch.exists(L"log.txt") ? scratch.readFile(L"log.txt") : "");
     for (std::string line; std::getline(log, line);)
         outcome.log += line.substr(std::min<size_t>(19, line.size())) + "\n";

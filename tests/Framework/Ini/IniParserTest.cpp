@@ -49,24 +49,15 @@ SharedPointer<InputValues> parseText(const std::string& text, bool merge = false
 }
 
 const std::pair<std::string, const wchar_t*> acceptedRows[] = {
-    {"", L""},
-    {"key\n", L"key=\"\";"},
-    {"a = x ; c\nb = y#1", L"a=\"x\";b=\"y\";"},
-    {"a = 1\nA = 2", L"a=\"1\",\"2\";"},
-    {"top = 1\n[sec]\nk = v", L"top=\"1\";sec{k=\"v\";}"},
-    {"\r\n[s]\r\nk = v\r\n\r\n", L"s{k=\"v\";}"},
-    {"[sec] ; comment\n# c\n; c\n   \n\t\nk=v", L"sec{k=\"v\";}"},
-    {"\0junk\nk=v"s, L"k=\"v\";"},
+    {"", L""}, {"key\n", L"key=\"\";"}, {"= v", L"=\"v\";"},
+    {"a = x ; c\nb = y#1", L"a=\"x\";b=\"y\";"}, {"a = 1\nA = 2", L"a=\"1\",\"2\";"},
+    {"top = 1\n[sec]\nk = v", L"top=\"1\";sec{k=\"v\";}"}, {"\r\n[s]\r\nk = v\r\n\r\n", L"s{k=\"v\";}"},
+    {"[sec] ; comment\n# c\n; c\n   \n\t\nk=v", L"sec{k=\"v\";}"}, {"\0junk\nk=v"s, L"k=\"v\";"},
     // One pair of quotes comes off a name, every pair off a value; the cut at ; and #
     // comes first and knows no quotes.
-    {"'a b' = 1", L"a b=\"1\";"},
-    {"'a=b' = 1", L"'a=\"b' = 1\";"},
+    {"'a b' = 1", L"a b=\"1\";"}, {"'a=b' = 1", L"'a=\"b' = 1\";"}, {"k = \"x ; y\"", L"k=\"\"x\";"},
     {"k = \"'x'\"\nl = ''\nm = '  s  '", L"k=\"x\";l=\"\";m=\"  s  \";"},
-    {"k = \"x ; y\"", L"k=\"\"x\";"},
-    {"= v", L"=\"v\";"},
-    {"[a.b]\n[a.c]", L"a{b{}c{}}"},
-    {"[a.b/c\\d]\nk=1", L"a{b{c{d{k=\"1\";}}}}"},
-    {"[ 'q s' ]", L"q s{}"},
+    {"[a.b]\n[a.c]", L"a{b{}c{}}"}, {"[a.b/c\\d]\nk=1", L"a{b{c{d{k=\"1\";}}}}"}, {"[ 'q s' ]", L"q s{}"},
     {"[w]\nx=1\n[w]\ny=2\n[w.sub]\nz=3", L"w{x=\"1\";}w{y=\"2\";sub{z=\"3\";}}"},
     {"[Gr\xC3\xBC\xC3\x9F" "e]\nnam\xC3\xA9 = v\xC3\xA4rde \xE2\x82\xAC",
      L"Gr\u00fc\u00dfe{nam\u00e9=\"v\u00e4rde \u20ac\";}"},
@@ -75,10 +66,9 @@ const std::pair<std::string, const wchar_t*> acceptedRows[] = {
     // runtime's setter would remove it.
     {"$(NOT_EXPANDED) = 1\n[$(NOR_HERE)]", L"$(NOT_EXPANDED)=\"1\";$(NOR_HERE){}"},
     {"a = \"$(KORVALIN_INI_B)\"\nb = '$(KORVALIN_INI_B)'", L"a=\"bee\";b=\"$(KORVALIN_INI_B)\";"},
-    {"a = x)$(KORVALIN_INI_B)$(KORVALIN_INI_C)y", L"a=\"x)beeseey\";"},
+    {"a = x)$(KORVALIN_INI_B)$(KORVALIN_INI_C)y", L"a=\"x)beeseey\";"}, {"a = $ (x) $", L"a=\"$ (x) $\";"},
     {"a = $(KORVALIN_INI_LOOP)$(KORVALIN_INI_C)", L"a=\"$(KORVALIN_INI_C)see\";"},
     {"a = <$(KORVALIN_INI_EMPTY)>\nb = $(KORVALIN_INI_SPACED)", L"a=\"<>\";b=\" s p \";"},
-    {"a = $ (x) $", L"a=\"$ (x) $\";"},
 };
 
 TEST(IniParserTest, AcceptedTextsGiveTheirTrees)
@@ -97,7 +87,8 @@ TEST(IniParserTest, AcceptedTextsGiveTheirTrees)
         }
     }
     // Merging, a section named again goes on where it was.
-    EXPECT_EQ(String(L"a{x=\"1\";y=\"2\";c{}}b{}"), dumpTree(*parseText("[a]\nx=1\n[b]\n[a]\ny=2\n[a.c]\n[a.c]", true)));
+    EXPECT_EQ(String(L"a{x=\"1\";y=\"2\";c{}}b{}"),
+              dumpTree(*parseText("[a]\nx=1\n[b]\n[a]\ny=2\n[a.c]\n[a.c]", true)));
 }
 
 const char noBracket[] = "there is no end pair bracket in section";
@@ -107,18 +98,14 @@ const char badInclude[] = "Wrong include directive";
 
 // Text, line, the parser's rough column (IniParser.h), message.
 const std::tuple<std::string, uint32_t, uint32_t, std::string> rejectedRows[] = {
-    {"[sec ; comment]", 1, 15, noBracket},
-    {"ok=1\n\n# c\n[bad  \r\nnext", 4, 7, noBracket},
+    {"[sec ; comment]", 1, 15, noBracket}, {"ok=1\n\n# c\n[bad  \r\nnext", 4, 7, noBracket},
     // The first byte of a section line goes unseen, so the "[" stays in the name.
     {" [sec]", 1, 5, restricted},
     // No byte-order mark is looked for: the line is a pair whose name holds "[".
     {"\xEF\xBB\xBF[sec]", 1, 8, restricted},
-    {"a[b = 1", 1, 4, restricted},
-    {"k = v\n[x=y]", 2, 4, restricted},
-    {"a = $(B", 1, 7, unclosed},
-    {"a = $(B$(C)", 1, 11, unclosed},
-    {"@include ", 1, 9, badInclude},
-    {"@include\tx.ini", 1, 14, badInclude},
+    {"a[b = 1", 1, 4, restricted}, {"k = v\n[x=y]", 2, 4, restricted},
+    {"a = $(B", 1, 7, unclosed}, {"a = $(B$(C)", 1, 11, unclosed},
+    {"@include ", 1, 9, badInclude}, {"@include\tx.ini", 1, 14, badInclude},
     {"[s]\n@include   ", 2, 11, "Can't find include file: "},
     {"@include 'no such.ini' ", 1, 23, "Can't find include file: no such.ini"},
 };

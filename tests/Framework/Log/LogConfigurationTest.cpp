@@ -235,8 +235,8 @@ TEST_F(LogConfigurationTest, FailuresTurnLoggingOffUntilTheNextConfiguration)
     test.error(LOG_SITE, "%20000000d", 1);
     test.error(LOG_SITE, "after");
     EXPECT_EQ("before\r\n", read(L"log.txt"));
-    scratch.writeFile(L"KorvalinLogConfig.ini",
-                      "[contexts]\nTest=DEBUG\n[writers]\nactive=file\n[writers.file]\nformatter=Message\nfileName=again.txt\n");
+    scratch.writeFile(L"KorvalinLogConfig.ini", "[contexts]\nTest=DEBUG\n[writers]\nactive=file\n"
+                                                "[writers.file]\nformatter=Message\nfileName=again.txt\n");
     logger->adopt(loadConfiguration(LogMode::Product));
     test.debug(LOG_SITE, "on again");
     EXPECT_EQ("on again\r\n", read(L"again.txt"));
