@@ -1,7 +1,6 @@
-// The fatal handlers, in a child program that breaks in the ways it is told, run in a
-// scratch folder with no log configuration: the default writer's "log.txt" there holds
-// the handlers' lines, and the exit code and output say how the program ended. The
-// terminate handler, which ends with abort's exit code, is seen in the session tests.
+// The fatal handlers, in a child program that breaks in the ways it is told: the log
+// holds the handlers' lines, and the exit code and output say how the program ended.
+// The terminate handler, which ends with abort's exit code, is seen in the session tests.
 #include "Framework/Exceptions.h"
 #include "support/ActionLibrary.h"
 #include "support/Installer.h"
@@ -17,27 +16,10 @@
 
 namespace {
 
-struct Outcome
+// The probe's console build, or its windows build, told the ways to break.
+std::wstring probe(const std::string& ways, const char* build = "KORVALIN_FATAL_PROBE")
 {
-    DWORD exitCode;
-    std::string output;
-    std::string log;  // each line without its date and time
-};
-
-// The probe's console build, or with KORVALIN_FATAL_PROBE_WINDOWED its windows build.
-Outcome runProbe(const char* ways, const char* probeVariable = "KORVALIN_FATAL_PROBE")
-{
-    ScratchFolder scratch(L"fatal");
-    WorkingFolder moved(scratch.path());
-    _wputenv(L"KORVALIN_LOG_CONFIG=");
-    const std::string given = ways;
-    const std::wstring command = L"\"" + testSetting(probeVariable) + L"\" " + std::wstring(given.begin(), given.end());
-    Outcome outcome;
-    outcome.exitCode = runProgram(command, outcome.output);
-    std::istringstream log(scratch.exists(L"log.txt") ? scratch.readFile(L"log.txt") : "");
-    for (std::string line; std::getline(log, line);)
-        outcome.log += line.substr(std::min<size_t>(19, line.size())) + "\n";
-    return outcome;
+    return L"\"" + testSetting(build) + L"\" " + std::wstring(ways.begin(), ways.end());
 }
 
 // Handlers that raise let the program go on: those ways run in one program. A failed
@@ -53,21 +35,27 @@ TEST(FatalHandlersTest, EachHandlerWritesItsLineThenEndsItsOwnWay)
     } rows[] = {
         // The invalid parameter raises inside msvcrt's strcpy_s, caught in the caller,
         // with its clean-up run.
-        {"purecall invalid insufficient new malloc", 0,
+        {"purecall invalid new malloc", 0,
          "caught ErrorException\r\ncleaned up\r\ncaught ErrorException\r\ncaught fw_exception_memory\r\n"
-         "caught fw_exception_memory\r\nmalloc gave null\r\nreturned\r\n",
+         "malloc gave null\r\nreturned\r\n",
          " Thread000 ERROR Framework Crt::handlePurecall() - before abort(): \r\n"
-         " Thread000 ERROR Framework Crt::handleInvalidParameter() - before abort(): \r\n"
-         " Thread000 ERROR Framework Crt::handleInsufficientMemory() - before abort(): \r\n"},
+         " Thread000 ERROR Framework Crt::handleInvalidParameter() - before abort(): \r\n"},
         // The default unrecoverable handler ends through die(), with its line.
         {"unrecoverable", 1, "Unrecoverable uncaught error\r\n",
          " Thread000 ERROR Framework HardwareExceptionsHandling::die() - before abort(): \r\n"},
     };
     for (const auto& row : rows) {
-        const Outcome outcome = runProbe(row.ways);
-        EXPECT_EQ(row.exitCode, outcome.exitCode) << row.ways;
-        EXPECT_EQ(row.output, outcome.output) << row.ways;
-        EXPECT_EQ(row.log, outcome.log) << row.ways;
+        // No configuration: the default writer's log.txt in the working folder.
+        ScratchFolder scratch(L"fatal");
+        WorkingFolder moved(scratch.path());
+        std::string output;
+        EXPECT_EQ(row.exitCode, runProgram(probe(row.ways), output)) << row.ways;
+        EXPECT_EQ(row.output, output) << row.ways;
+        std::istringstream lines(scratch.readFile(L"log.txt"));
+        std::string log;
+        for (std::string line; std::getline(lines, line);)
+            log += line.substr(19) + "\n";
+        EXPECT_EQ(row.log, log) << row.ways;
     }
 }
 
@@ -77,10 +65,9 @@ TEST(FatalHandlersTest, EachHandlerWritesItsLineThenEndsItsOwnWay)
 TEST(FatalHandlersTest, AFailedAssertionInAWindowedProgramEndsWithoutABox)
 {
     MessageBoxWatcher watcher(L"Wine C++ Runtime Library");
-    const Outcome outcome = runProbe("runtime-assert", "KORVALIN_FATAL_PROBE_WINDOWED");
+    EXPECT_EQ(3u, runProgram(probe("runtime-assert", "KORVALIN_FATAL_PROBE_WINDOWED")));
     const SeenBox box = watcher.stop();
     EXPECT_FALSE(box.seen) << std::string(box.text.begin(), box.text.end());
-    EXPECT_EQ(3u, outcome.exitCode);
 }
 
 // Every module that links the layer redirects msvcrt's invalid-parameter check to its

@@ -2,7 +2,6 @@
 // handlers' tests; "log" logs a few messages instead. It logs nothing else of its own,
 // and after each way it survives prints what it caught. Built twice: as a console
 // program and as one of the windows subsystem, where msvcrt would report in a box.
-#include "Framework/Diagnostics/Crt.h"
 #include "Framework/Exceptions.h"
 #include "Framework/Log/Context.h"
 #include "Framework/Log/Logger.h"
@@ -71,7 +70,6 @@ const std::map<std::string, std::function<void()>> ways = {
          char buffer[2];
          strcpy_s(buffer, sizeof buffer, "too long");
      }},
-    {"insufficient", [] { Crt::handleInsufficientMemory(16); }},
     {"new", exhaustion::allocateTooMuch},
     {"malloc",
      [] {
