@@ -1,11 +1,9 @@
 // Records and formatters for tests of the log layer: a record with known fields, a
 // formatter that hands a record's message over untouched (so a test sees exactly
-// what a writer does with a text), a configuration whose formatters are ready, and an
-// installation's log that keeps its lines.
+// what a writer does with a text), and an installation's log that keeps its lines.
 #pragma once
-#include "Framework/Log/Configuration.h"
 #include "Framework/Log/InstallerLog.h"
-#include "Framework/Log/LineFormatter.h"
+#include "Framework/Log/Formatter.h"
 #include "Framework/Log/Record.h"
 
 #include <string>
@@ -30,21 +28,6 @@ public:
 inline Framework::SharedPointer<Framework::Log::Formatter> verbatimFormatter()
 {
     return Framework::SharedPointer<Framework::Log::Formatter>(new VerbatimFormatter);
-}
-
-// A configuration with its formatters ready and, if `line` is given, a LineFormatter
-// of that template under the name "test".
-inline Framework::Log::Configuration readyConfiguration(const wchar_t* line = nullptr)
-{
-    Framework::Log::Configuration configuration;
-    configuration.prepareFormatters();
-    if (line) {
-        Framework::SharedPointer<Framework::Log::Formatter> formatter(new Framework::Log::LineFormatter);
-        configuration.formatters->add(L"test", formatter);
-        formatter->setFormatters(configuration.formatters);
-        formatter->setFormat(line);
-    }
-    return configuration;
 }
 
 class KeptInstallerLog : public Framework::Log::InstallerLog

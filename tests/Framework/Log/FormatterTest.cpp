@@ -1,6 +1,6 @@
 // The formatters on known records: the template language with its quirks, and what
 // each built-in formatter makes of a record.
-#include "Framework/Log/FormatterRegistry.h"
+#include "Framework/Log/Configuration.h"
 #include "Framework/Log/LineFormatter.h"
 
 #include "support/ExpectThrown.h"
@@ -17,8 +17,9 @@ using namespace Framework::Log;
 
 TEST(FormatterTest, TemplateLanguageKeepsItsQuirksAndRefusesLoops)
 {
-    Configuration configuration = readyConfiguration(L"%(level)S");
-    const SharedPointer<Formatter> formatter = configuration.formatters->get(L"test");
+    Configuration configuration;
+    configuration.prepareFormatters();
+    const SharedPointer<Formatter> formatter = configuration.formatters->get(L"Line");
     const Record record = recordWith(L"m", Level::Error, L"A::B");
     const std::pair<const wchar_t*, const wchar_t*> accepted[] = {
         {L"abc%(level)S", L"abcERROR"},      {L"abc%def%(level)S", L"defERROR"},
@@ -31,14 +32,14 @@ TEST(FormatterTest, TemplateLanguageKeepsItsQuirksAndRefusesLoops)
         EXPECT_EQ(String(expected), formatter->format(record)) << narrowForTest(text);
     }
 
-    // "outer" names "test": a template that reaches "test" again would never end.
+    // "outer" names "Line": a template that reaches "Line" again would never end.
     const SharedPointer<Formatter> outer(new LineFormatter);
     configuration.formatters->add(L"outer", outer);
     outer->setFormatters(configuration.formatters);
-    outer->setFormat(L"<%(test)S>");
+    outer->setFormat(L"<%(line)S>");
     const std::pair<const wchar_t*, std::string> refused[] = {
         {L"%(level", typeid(FormatException).name()},        {L"%(nosuch)S", typeid(LookupException).name()},
-        {L"at (x): %(level)S", typeid(LookupException).name()}, {L"%(test)S", typeid(FormatException).name()},
+        {L"at (x): %(level)S", typeid(LookupException).name()}, {L"%(line)S", typeid(FormatException).name()},
         {L"%(level)S %(outer)S", typeid(FormatException).name()},
     };
     for (const auto& [text, failure] : refused) {
@@ -50,7 +51,8 @@ TEST(FormatterTest, TemplateLanguageKeepsItsQuirksAndRefusesLoops)
 
 TEST(FormatterTest, ItemFormattersPrintTheirFields)
 {
-    Configuration configuration = readyConfiguration();
+    Configuration configuration;
+    configuration.prepareFormatters();
     struct Row
     {
         const wchar_t* formatter;

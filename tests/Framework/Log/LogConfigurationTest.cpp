@@ -218,6 +218,8 @@ TEST_F(LogConfigurationTest, TheInstallationsLogJoinsEveryConfiguredWriter)
         scratch.writeFile(L"KorvalinLogConfig.ini", std::string("[writers]\n") + writers);
         logOnce();
     }
+    // A thread with no installation's log bound writes into none.
+    std::thread([&] { logOnce(); }).join();
     ASSERT_EQ(3u, installation.lines.size());
     EXPECT_EQ(L" Thread000 ERROR Test after configuration", installation.lines[0].substr(19));
     EXPECT_EQ(L" Thread000 ERROR Test after configuration", installation.lines[1].substr(19));

@@ -1,7 +1,7 @@
-// The writers on real files in a scratch folder, and the installation's log of the
-// writing thread. The console writer is seen in LogConfigurationTest.
+// The writers on real files in a scratch folder. The console writer and the
+// installation's log are seen in LogConfigurationTest.
 #include "Framework/Log/FileWriter.h"
-#include "Framework/Log/InstallerLogWriter.h"
+#include "Framework/Log/Configuration.h"
 #include "Framework/Log/MultiWriter.h"
 #include "Framework/Log/RotatedFileWriter.h"
 
@@ -12,7 +12,6 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
 
 using namespace Framework;
 using namespace Framework::Log;
@@ -108,7 +107,8 @@ TEST_F(WriterTest, AnsiFileWriterEndsEachTextWithAZeroByteInTheCodePage)
 // Each child writes its formatter's head before its first record and its tail at close.
 TEST_F(WriterTest, MultiWriterGivesEachChildItsOwnFormatAndStopsAtAFailure)
 {
-    Configuration configuration = readyConfiguration();
+    Configuration configuration;
+    configuration.prepareFormatters();
     SharedPointer<FileWriter> plain(new FileWriter), xml(new FileWriter), after(new FileWriter);
     prepare(*plain, L"plain.txt");
     prepare(*xml, L"log.xml").setFormatter(configuration.formatters->get(L"Xml"));
@@ -129,24 +129,4 @@ TEST_F(WriterTest, MultiWriterGivesEachChildItsOwnFormatAndStopsAtAFailure)
     EXPECT_EQ(std::string::npos, document.find("<?xml", 1)) << document;
     const std::string tail = "<message>n</message>\r\n</logrecord>\r\n</log>\r\n";
     EXPECT_EQ(tail, document.substr(document.size() - std::min(document.size(), tail.size())));
-}
-
-// The installation's log is the one the writing thread has bound, the innermost
-// binding first; a thread with none has no such log, and its records go nowhere.
-TEST(InstallerLogWriterTest, WritesIntoTheInstallationLogOfTheWritingThreadOnly)
-{
-    InstallerLogWriter writer;
-    writer.write(recordWith(L"nowhere"));  // no formatter and no log: no failure either
-    writer.setFormatter(verbatimFormatter());
-    KeptInstallerLog outer, inner;
-    KeptInstallerLog::Binding outerBinding(outer);
-    writer.write(recordWith(L"a\nb"));
-    {
-        KeptInstallerLog::Binding innerBinding(inner);
-        writer.write(recordWith(L"inner"));
-    }
-    writer.write(recordWith(L"outer again"));
-    std::thread([&writer] { writer.write(recordWith(L"other thread")); }).join();
-    EXPECT_EQ((std::vector<std::wstring>{L"a\r\nb", L"outer again"}), outer.lines);
-    EXPECT_EQ((std::vector<std::wstring>{L"inner"}), inner.lines);
 }
