@@ -1,7 +1,8 @@
 // A program that breaks in the ways its arguments name, in order, for the fatal
-// handlers' tests; "log" logs a few messages instead. It logs nothing else of its own,
-// and after each way it survives prints what it caught. Built twice: as a console
-// program and as one of the windows subsystem, where msvcrt would report in a box.
+// handlers' tests; "log" logs a few messages instead, and "TZ=<zone>" prints the log's
+// clock in that zone. It logs nothing else of its own, and after each way it survives
+// prints what it caught. Built twice: as a console program and as one of the windows
+// subsystem, where msvcrt would report in a box.
 #include "Framework/Exceptions.h"
 #include "Framework/Log/Context.h"
 #include "Framework/Log/Logger.h"
@@ -9,6 +10,7 @@
 #include "support/Exhaustion.h"
 
 #include <assert.h>
+#include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -94,6 +96,11 @@ const std::map<std::string, std::function<void()>> ways = {
 int main(int argc, char** argv)
 {
     for (int i = 1; i < argc; ++i) {
+        if (std::strncmp(argv[i], "TZ=", 3) == 0) {
+            _putenv(argv[i]);
+            std::printf("%" PRIu64 "\n", Log::Logger::currentTime());
+            continue;
+        }
         try {
             ways.at(argv[i])();
             std::printf("returned\n");

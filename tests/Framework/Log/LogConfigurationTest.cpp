@@ -1,7 +1,7 @@
 // Where the logger finds its configuration and what it makes of it, on the real disk:
 // files in a scratch working folder and beside this program, the environment
 // variable, and the resource built into this program ("[contexts] default=DEBUG");
-// and the logger at work with what it found.
+// and the logger at work with what it found, and its clock.
 #include "Framework/Log/ConfigurationLoader.h"
 
 #include "Framework/Exceptions.h"
@@ -17,6 +17,8 @@
 #include "support/WorkingFolder.h"
 
 #include <gtest/gtest.h>
+
+#include <sys/timeb.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -282,6 +284,33 @@ TEST_F(LogConfigurationTest, ManyThreadsThroughOneFileWriterLoseNoLineAndBreakNo
     }
     EXPECT_EQ(0, broken);
     EXPECT_EQ(std::vector<int>(threadCount, recordsPerThread), next);
+}
+
+// Log times are local: UTC with the zone's offset and, in a zone with daylight rules,
+// its daylight bias all year. The probe reads the zones, with TZ set from its start:
+// under Wine a process that read the system's zone first keeps that zone's bias.
+TEST(LoggerTimeTest, TheLocalClockIsUtcPlusTheZoneAndItsDaylightBias)
+{
+    const std::pair<std::string, int64_t> rows[] = {
+        {"UTC0", 0}, {"EST5", -300}, {"IST-5:30", 330}, {"EST5EDT", -240}, {"CET-1CEST", 120},
+    };
+    std::wstring command = L"\"" + testSetting("KORVALIN_FATAL_PROBE") + L"\"";
+    for (const auto& [zone, minutesAhead] : rows)
+        command += L" TZ=" + std::wstring(zone.begin(), zone.end());
+    _putenv("TZ=UTC0");
+    std::string output;
+    __timeb64 before, after;
+    _ftime64(&before);
+    EXPECT_EQ(0u, runProgram(command, output));
+    _ftime64(&after);
+    _putenv("TZ=");
+    std::istringstream times(output);
+    for (const auto& [zone, minutesAhead] : rows) {
+        int64_t local = 0;
+        times >> local;
+        EXPECT_LE(before.time * 1000 + before.millitm + minutesAhead * 60000, local) << zone;
+        EXPECT_GE(after.time * 1000 + after.millitm + minutesAhead * 60000, local) << zone;
+    }
 }
 
 }  // namespace
