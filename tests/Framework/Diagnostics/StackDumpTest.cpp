@@ -1,5 +1,5 @@
 // Stack dumps: from the probe program, which has its .pdb, and in this program, which
-// has none, at the walk's limits too.
+// has none.
 #include "Framework/Diagnostics/StackDump.h"
 
 #include "support/ActionLibrary.h"
@@ -46,33 +46,6 @@ std::vector<std::string> bodyOf(const Framework::String& dump)
                   reinterpret_cast<uintptr_t>(GetModuleHandleW(nullptr)));
 }
 
-// A recursion through one call site returns to the same address again and again.
-__attribute__((noinline)) Framework::String dumpAtDepth(int depth)
-{
-    if (depth == 0)
-        return Framework::stackDump(nullptr);
-    Framework::String dump = dumpAtDepth(depth - 1);
-    asm volatile("");
-    return dump;
-}
-
-// Two functions that call each other: a deep stack of distinct return addresses.
-__attribute__((noinline)) Framework::String dumpAtEvenDepth(int depth);
-__attribute__((noinline)) Framework::String dumpAtOddDepth(int depth)
-{
-    Framework::String dump = dumpAtEvenDepth(depth - 1);
-    asm volatile("");
-    return dump;
-}
-__attribute__((noinline)) Framework::String dumpAtEvenDepth(int depth)
-{
-    if (depth == 0)
-        return Framework::stackDump(nullptr);
-    Framework::String dump = dumpAtOddDepth(depth - 1);
-    asm volatile("");
-    return dump;
-}
-
 }  // namespace
 
 // With its .pdb beside it, the probe's dump names the place and symbol of each frame,
@@ -101,12 +74,4 @@ TEST(StackDumpTest, AnExceptionCarriesItsStackWithItsSymbolsWhenThePdbStandsBesi
 
     for (const std::string& line : bodyOf(Framework::stackDump(nullptr)))
         EXPECT_EQ(addressDigits, line.size()) << line;
-}
-
-// The walk ends after 100 addresses, or at the first return address that repeats the
-// one before: inside stackDump, into the innermost call, into the one that called it.
-TEST(StackDumpTest, TheWalkHasItsLimits)
-{
-    EXPECT_EQ(101u, bodyOf(dumpAtEvenDepth(150)).size()) << "the first address and 100 more";
-    EXPECT_EQ(3u, bodyOf(dumpAtDepth(20)).size());
 }

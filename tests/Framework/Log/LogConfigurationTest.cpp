@@ -186,6 +186,7 @@ TEST_F(LogConfigurationTest, TheDefaultWriterTakesOverFromAConfigurationWithoutW
                   " Thread000 WARNING Framework::Log::Logger \r\nfileName: \r\nline: 3\r\ncolumn: 9\r\n" +
                   "message: there is no end pair bracket in section\r\n",
               withoutTimes(log.substr(0, log.find("citation:"))));
+    EXPECT_NE(std::string::npos, log.find("\r\ncitation: [contexts\r\n")) << log;
     const std::string last = " Thread000 ERROR Test after configuration\r\n";
     EXPECT_EQ(last, log.substr(log.size() - std::min(log.size(), last.size())));
     EXPECT_EQ(std::string::npos, log.find("Used default writer")) << log;
