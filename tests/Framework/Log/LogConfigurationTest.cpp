@@ -1,7 +1,8 @@
 // Where the logger finds its configuration and what it makes of it, on the real disk:
 // files in a scratch working folder and beside this program, the environment
 // variable, and the resource built into this program ("[contexts] default=DEBUG");
-// and the logger at work with what it found, and its clock.
+// the logger at work with what it found, and its clock; and what the fatal handlers
+// leave in the log.
 #include "Framework/Log/ConfigurationLoader.h"
 
 #include "Framework/Exceptions.h"
@@ -12,6 +13,7 @@
 #include "support/ExpectThrown.h"
 #include "support/Installer.h"
 #include "support/LogRecords.h"
+#include "support/MessageBoxWatcher.h"
 #include "support/ScratchFolder.h"
 #include "support/TextHelpers.h"
 #include "support/WorkingFolder.h"
@@ -20,6 +22,7 @@
 
 #include <sys/timeb.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -276,6 +279,72 @@ TEST_F(LogConfigurationTest, ManyThreadsThroughOneFileWriterLoseNoLineAndBreakNo
     }
     EXPECT_EQ(0, broken);
     EXPECT_EQ(std::vector<int>(threadCount, recordsPerThread), next);
+}
+
+// The fatal handlers, in the probe told the ways to break, with no configuration: the
+// default writer's log.txt holds their lines. The terminate handler, which ends with
+// abort's exit code, is seen in the session tests.
+using FatalHandlersTest = LogConfigurationTest;
+
+// The probe's console build, or its windows build, told the ways to break.
+std::wstring probe(const std::string& ways, const char* build = "KORVALIN_FATAL_PROBE")
+{
+    return L"\"" + testSetting(build) + L"\" " + std::wstring(ways.begin(), ways.end());
+}
+
+// Handlers that raise let the program go on: those ways run in one program. A failed
+// new raises with no line, and a failed malloc keeps msvcrt's null.
+TEST_F(FatalHandlersTest, EachHandlerWritesItsLineThenEndsItsOwnWay)
+{
+    const struct
+    {
+        const char* ways;
+        DWORD exitCode;
+        const char* output;
+        const char* log;
+    } rows[] = {
+        // The invalid parameter raises inside msvcrt's strcpy_s, caught in the caller,
+        // with its clean-up run.
+        {"purecall invalid new malloc", 0,
+         "caught ErrorException\r\ncleaned up\r\ncaught ErrorException\r\ncaught fw_exception_memory\r\n"
+         "malloc gave null\r\nreturned\r\n",
+         " Thread000 ERROR Framework Crt::handlePurecall() - before abort(): \r\n"
+         " Thread000 ERROR Framework Crt::handleInvalidParameter() - before abort(): \r\n"},
+        // The default unrecoverable handler ends through die(), with its line.
+        {"unrecoverable", 1, "Unrecoverable uncaught error\r\n",
+         " Thread000 ERROR Framework HardwareExceptionsHandling::die() - before abort(): \r\n"},
+    };
+    for (const auto& row : rows) {
+        std::string output;
+        EXPECT_EQ(row.exitCode, runProgram(probe(row.ways), output)) << row.ways;
+        EXPECT_EQ(row.output, output) << row.ways;
+        EXPECT_EQ(row.log, withoutTimes(read(L"log.txt"))) << row.ways;
+    }
+}
+
+// An abort while the layer is loaded ends with exit code 3 and without a word to the
+// user: in a program of the windows subsystem msvcrt would say it in a box, which in an
+// unattended installation nobody closes. Wine's msvcrt shows one for a failed assertion.
+TEST_F(FatalHandlersTest, AFailedAssertionInAWindowedProgramEndsWithoutABox)
+{
+    MessageBoxWatcher watcher(L"Wine C++ Runtime Library");
+    EXPECT_EQ(3u, runProgram(probe("runtime-assert", "KORVALIN_FATAL_PROBE_WINDOWED")));
+    const SeenBox box = watcher.stop();
+    EXPECT_FALSE(box.seen) << std::string(box.text.begin(), box.text.end());
+}
+
+// Every module that links the layer redirects msvcrt's invalid-parameter check to its
+// own handler. Two libraries unloaded in the order they were loaded must not leave a
+// jump into the first: msvcrt's own code comes back, and a bad argument is then only
+// an error code.
+TEST_F(FatalHandlersTest, LibrariesUnloadedInAnyOrderLeaveMsvcrtWhole)
+{
+    std::unique_ptr<ActionLibrary> first(new ActionLibrary("KORVALIN_DLL"));
+    std::unique_ptr<ActionLibrary> second(new ActionLibrary("KORVALIN_PROBE_DLL"));
+    first.reset();
+    second.reset();
+    char buffer[2];
+    EXPECT_EQ("nothing", thrownClass([&] { EXPECT_EQ(ERANGE, strcpy_s(buffer, sizeof buffer, "too long")); }));
 }
 
 // Log times are local: UTC with the zone's offset and, in a zone with daylight rules,
