@@ -40,12 +40,6 @@ std::vector<std::string> bodyOf(const std::string& dump, const std::string& modu
     return lines;
 }
 
-std::vector<std::string> bodyOf(const Framework::String& dump)
-{
-    return bodyOf(Framework::AnsiString(dump).c_str(), "framework_tests.exe",
-                  reinterpret_cast<uintptr_t>(GetModuleHandleW(nullptr)));
-}
-
 }  // namespace
 
 // With its .pdb beside it, the probe's dump names the place and symbol of each frame,
@@ -72,6 +66,8 @@ TEST(StackDumpTest, AnExceptionCarriesItsStackWithItsSymbolsWhenThePdbStandsBesi
     }
     EXPECT_EQ(1u, symbolColumns.size());
 
-    for (const std::string& line : bodyOf(Framework::stackDump(nullptr)))
+    const Framework::AnsiString own(Framework::stackDump(nullptr));
+    const uintptr_t ownBase = reinterpret_cast<uintptr_t>(GetModuleHandleW(nullptr));
+    for (const std::string& line : bodyOf(own.c_str(), "framework_tests.exe", ownBase))
         EXPECT_EQ(addressDigits, line.size()) << line;
 }
