@@ -1,9 +1,7 @@
-// Stack dumps: from the probe program, which has its .pdb, and in this program, which
-// has none.
+// The stack dump of this program, which has no .pdb beside it. (The places and symbols
+// that a .pdb brings are for a developer's eyes; an installer's host has none.)
 #include "Framework/Diagnostics/StackDump.h"
 
-#include "support/ActionLibrary.h"
-#include "support/Installer.h"
 #include "support/Processor.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +9,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -42,32 +39,14 @@ std::vector<std::string> bodyOf(const std::string& dump, const std::string& modu
 
 }  // namespace
 
-// With its .pdb beside it, the probe's dump names the place and symbol of each frame,
-// the symbols in one column; this program has no .pdb, and its dumps only addresses.
-TEST(StackDumpTest, AnExceptionCarriesItsStackWithItsSymbolsWhenThePdbStandsBesideTheProgram)
+// The head names the module of the first address and its base; this program has no
+// .pdb beside it, so each line is an address alone, with all the digits of a pointer.
+TEST(StackDumpTest, WithoutThePdbEachLineIsAnAddress)
 {
-    std::string output;
-    ASSERT_EQ(0u, runProgram(L"\"" + testSetting("KORVALIN_STACK_PROBE") + L"\"", output));
-    std::istringstream given(output);
-    uintptr_t base = 0;
-    int throwLine = 0;
-    given >> std::hex >> base >> std::dec >> throwLine;
-    const std::vector<std::string> lines = bodyOf(output.substr(output.find("Stack dump:")), "stack_probe.exe", base);
-    // The throw's own frame with its place and symbol; all symbols in one column.
-    const std::string place = " StackProbe.cpp:" + std::to_string(throwLine) + " ";
-    EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [&](const std::string& line) {
-        return line.find(place) != std::string::npos && line.find("main") != std::string::npos;
-    })) << output;
-    std::set<size_t> symbolColumns;
-    for (const std::string& line : lines) {
-        const size_t placeEnd = line.find(' ', addressDigits + 1);
-        if (placeEnd != std::string::npos)
-            symbolColumns.insert(line.find_first_not_of(' ', placeEnd));
-    }
-    EXPECT_EQ(1u, symbolColumns.size());
-
-    const Framework::AnsiString own(Framework::stackDump(nullptr));
-    const uintptr_t ownBase = reinterpret_cast<uintptr_t>(GetModuleHandleW(nullptr));
-    for (const std::string& line : bodyOf(own.c_str(), "framework_tests.exe", ownBase))
+    const Framework::AnsiString dump(Framework::stackDump(nullptr));
+    const std::vector<std::string> lines =
+        bodyOf(dump.c_str(), "framework_tests.exe", reinterpret_cast<uintptr_t>(GetModuleHandleW(nullptr)));
+    EXPECT_FALSE(lines.empty());
+    for (const std::string& line : lines)
         EXPECT_EQ(addressDigits, line.size()) << line;
 }
