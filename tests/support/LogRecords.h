@@ -9,13 +9,12 @@
 #include <string>
 #include <vector>
 
-// 2013-02-20 08:21:24 as the logger's clock gives it (already local).
-const uint64_t knownTime = 1361348484000ull;
-
-inline Framework::Log::Record recordWith(const wchar_t* message, Framework::Log::Level level = Framework::Log::Level::Error,
+inline Framework::Log::Record recordWith(const wchar_t* message,
+                                         Framework::Log::Level level = Framework::Log::Level::Error,
                                          const wchar_t* context = L"Framework")
 {
-    return Framework::Log::Record{context, level, SITE, 1234, knownTime, message};
+    // The time is 2013-02-20 08:21:24 as the logger's clock gives it (already local).
+    return Framework::Log::Record{context, level, SITE, 1234, 1361348484000ull, message};
 }
 
 class VerbatimFormatter : public Framework::Log::Formatter

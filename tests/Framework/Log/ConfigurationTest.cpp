@@ -13,7 +13,6 @@ using namespace Framework::Log;
 TEST(ConfigurationTest, AContextTakesItsOwnOrItsNearestEnclosingLevel)
 {
     Configuration configuration;
-    configuration.setDefaultLevel(L"WARNING");
     configuration.setContextLevel(L"ERROR", L"A");
     configuration.setContextLevel(L"DEBUG", L"A::B");
     const std::pair<const wchar_t*, Level> rows[] = {

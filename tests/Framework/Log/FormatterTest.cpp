@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <tuple>
 #include <typeinfo>
 
 using namespace Framework;
@@ -53,16 +54,10 @@ TEST(FormatterTest, ItemFormattersPrintTheirFields)
 {
     Configuration configuration;
     configuration.prepareFormatters();
-    struct Row
-    {
-        const wchar_t* formatter;
-        const wchar_t* format;  // null keeps the default
-        Record record;
-        String expected;
-    };
     Record bigElapsed = recordWith(L"x");
     bigElapsed.elapsed = 0x100000005ull;
-    const Row rows[] = {
+    // The formatter, its format (null keeps the default), the record, the text.
+    const std::tuple<const wchar_t*, const wchar_t*, Record, String> rows[] = {
         // The composed formatters first, while the items keep their default formats.
         {L"Line", nullptr, recordWith(L"some text"), L"2013-02-20 08:21:24 Thread000 ERROR Framework some text"},
         // Without the level and without escaping; WriterTest has the document around it.
@@ -77,13 +72,13 @@ TEST(FormatterTest, ItemFormattersPrintTheirFields)
         {L"ElapsedTime", L"%Lu ms", bigElapsed, L"4294967301 ms"},
         {L"Context", L"<%S>", recordWith(L"x", Level::Error, L"A::B"), L"<A::B>"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(narrowForTest(row.formatter));
-        const SharedPointer<Formatter> formatter = configuration.formatters->get(row.formatter);
+    for (const auto& [name, format, record, expected] : rows) {
+        SCOPED_TRACE(narrowForTest(name));
+        const SharedPointer<Formatter> formatter = configuration.formatters->get(name);
         formatter->setDefaultFormat();
-        if (row.format)
-            formatter->setProperty(L"FORMAT", row.format);
-        EXPECT_EQ(row.expected, formatter->format(row.record));
+        if (format)
+            formatter->setProperty(L"FORMAT", format);
+        EXPECT_EQ(expected, formatter->format(record));
     }
 
     const SharedPointer<Formatter> indent = configuration.formatters->get(L"ContextIndent");
