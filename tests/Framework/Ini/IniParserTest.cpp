@@ -167,6 +167,7 @@ TEST(IniParserTest, IncludesAreReadOnceAndNameTheirErrors)
     // name stay apart; the include in [sec] puts o at the top, and sec goes on behind it.
     EXPECT_EQ(String(L"a=\"2\",\"3\";d=\"4\";o=\"5\";inner{x=\"1\";}inner{y=\"2\";}sec{k=\"in-sec\";}"),
               loadTree(L"main.ini"));
+    // A parser remembers what it read: the same file again is refused.
     IniParser parser;
     parser.load(at(L"conf\\other.ini"));
     expectThrown<ValueExistsException>([&] { parser.load(at(L"conf\\other.ini")); });

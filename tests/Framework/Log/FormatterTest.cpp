@@ -23,10 +23,10 @@ TEST(FormatterTest, TemplateLanguageKeepsItsQuirksAndRefusesLoops)
     const SharedPointer<Formatter> formatter = configuration.formatters->get(L"Line");
     const Record record = recordWith(L"m", Level::Error, L"A::B");
     const std::pair<const wchar_t*, const wchar_t*> accepted[] = {
-        {L"abc%(level)S", L"abcERROR"},      {L"abc%def%(level)S", L"defERROR"},
-        {L"%(level)S tail", L"ERROR tail"},  {L"%(level)S%tail", L"ERROR"},
-        {L"no conversion at all", L""},      {L"100%%(level)S", L"100ERROR"},
-        {L"%-8(level)S|", L"ERROR   |"},     {L"%(LEVEL)S/%(Context)S", L"ERROR/A::B"},
+        {L"abc%(level)S", L"abcERROR"}, {L"abc%def%(level)S", L"defERROR"},
+        {L"%(level)S tail", L"ERROR tail"}, {L"%(level)S%tail", L"ERROR"},
+        {L"no conversion at all", L""}, {L"100%%(level)S", L"100ERROR"},
+        {L"%-8(level)S|", L"ERROR   |"}, {L"%(LEVEL)S/%(Context)S", L"ERROR/A::B"},
     };
     for (const auto& [text, expected] : accepted) {
         formatter->setFormat(text);
@@ -39,8 +39,10 @@ TEST(FormatterTest, TemplateLanguageKeepsItsQuirksAndRefusesLoops)
     outer->setFormatters(configuration.formatters);
     outer->setFormat(L"<%(line)S>");
     const std::pair<const wchar_t*, std::string> refused[] = {
-        {L"%(level", typeid(FormatException).name()},        {L"%(nosuch)S", typeid(LookupException).name()},
-        {L"at (x): %(level)S", typeid(LookupException).name()}, {L"%(line)S", typeid(FormatException).name()},
+        {L"%(level", typeid(FormatException).name()},
+        {L"%(nosuch)S", typeid(LookupException).name()},
+        {L"at (x): %(level)S", typeid(LookupException).name()},
+        {L"%(line)S", typeid(FormatException).name()},
         {L"%(level)S %(outer)S", typeid(FormatException).name()},
     };
     for (const auto& [text, failure] : refused) {

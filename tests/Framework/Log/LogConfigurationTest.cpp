@@ -302,6 +302,7 @@ TEST_F(FatalHandlersTest, EachHandlerWritesItsLineThenEndsItsOwnWay)
          " Thread000 ERROR Framework HardwareExceptionsHandling::die() - before abort(): \r\n"},
     };
     for (const auto& [ways, exitCode, expectedOutput, log] : rows) {
+        // Each run's default writer moves the log of the run before to log001.txt.
         std::string output;
         EXPECT_EQ(exitCode, runProgram(probe(ways), output)) << ways;
         EXPECT_EQ(expectedOutput, output) << ways;
