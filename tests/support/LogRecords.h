@@ -1,23 +1,20 @@
 // Records and formatters for tests of the log layer: a record with known fields, a
 // formatter that hands a record's message over untouched (so a test sees exactly
-// what a writer does with a text), a configuration whose formatters are ready, and an
-// installation's log that keeps its lines.
+// what a writer does with a text), and an installation's log that keeps its lines.
 #pragma once
-#include "Framework/Log/Configuration.h"
 #include "Framework/Log/InstallerLog.h"
-#include "Framework/Log/LineFormatter.h"
+#include "Framework/Log/Formatter.h"
 #include "Framework/Log/Record.h"
 
 #include <string>
 #include <vector>
 
-// 2013-02-20 08:21:24 as the logger's clock gives it (already local).
-const uint64_t knownTime = 1361348484000ull;
-
-inline Framework::Log::Record recordWith(const wchar_t* message, Framework::Log::Level level = Framework::Log::Level::Error,
+inline Framework::Log::Record recordWith(const wchar_t* message,
+                                         Framework::Log::Level level = Framework::Log::Level::Error,
                                          const wchar_t* context = L"Framework")
 {
-    return Framework::Log::Record{context, level, SITE, 1234, knownTime, message};
+    // The time is 2013-02-20 08:21:24 as the logger's clock gives it (already local).
+    return Framework::Log::Record{context, level, SITE, 1234, 1361348484000ull, message};
 }
 
 class VerbatimFormatter : public Framework::Log::Formatter
@@ -30,21 +27,6 @@ public:
 inline Framework::SharedPointer<Framework::Log::Formatter> verbatimFormatter()
 {
     return Framework::SharedPointer<Framework::Log::Formatter>(new VerbatimFormatter);
-}
-
-// A configuration with its formatters ready and, if `line` is given, a LineFormatter
-// of that template under the name "test".
-inline Framework::Log::Configuration readyConfiguration(const wchar_t* line = nullptr)
-{
-    Framework::Log::Configuration configuration;
-    configuration.prepareFormatters();
-    if (line) {
-        Framework::SharedPointer<Framework::Log::Formatter> formatter(new Framework::Log::LineFormatter);
-        configuration.formatters->add(L"test", formatter);
-        formatter->setFormatters(configuration.formatters);
-        formatter->setFormat(line);
-    }
-    return configuration;
 }
 
 class KeptInstallerLog : public Framework::Log::InstallerLog

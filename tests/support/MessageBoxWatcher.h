@@ -15,7 +15,9 @@
 #pragma once
 #include <windows.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
 
 struct SeenBox
 {
@@ -31,21 +33,14 @@ class MessageBoxWatcher
 public:
     // Watches for up to `timeoutMs` or until stop.
     explicit MessageBoxWatcher(std::wstring title, DWORD timeoutMs = 120000);
-    ~MessageBoxWatcher();
-    MessageBoxWatcher(const MessageBoxWatcher&) = delete;
-    MessageBoxWatcher& operator=(const MessageBoxWatcher&) = delete;
+    ~MessageBoxWatcher() { stop(); }
 
     // Waits until the box has been closed or, if none came yet, stops looking; the box
     // seen, if any.
     SeenBox stop();
 
 private:
-    static DWORD WINAPI run(void* self);
-    void watch();
-
-    std::wstring title;
-    DWORD timeoutMs;
-    HANDLE stopEvent;
-    HANDLE thread;
+    std::atomic<bool> stopping{false};
     SeenBox box;
+    std::thread watcher;
 };

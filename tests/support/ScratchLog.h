@@ -20,10 +20,9 @@ public:
         if (_wgetenv(L"KORVALIN_LOG_CONFIG"))
             return;
         scratch.reset(new ScratchFolder(L"log"));
-        const std::wstring folder = scratch->path();
+        const std::string folder(scratch->path().begin(), scratch->path().end());
         scratch->writeFile(L"KorvalinLogConfig.ini",
-                           "[writers]\nactive=file\n[writers.file]\nformatter=Line\nfileName=fatal.txt\ndir=" +
-                               std::string(folder.begin(), folder.end()) + "\n");
+                           "[writers]\nactive=file\n[writers.file]\nformatter=Line\nfileName=fatal.txt\ndir=" + folder);
         _wputenv((L"KORVALIN_LOG_CONFIG=" + scratch->at(L"KorvalinLogConfig.ini")).c_str());
     }
     ~ScratchLog()
@@ -31,8 +30,6 @@ public:
         if (scratch)
             _wputenv(L"KORVALIN_LOG_CONFIG=");
     }
-    ScratchLog(const ScratchLog&) = delete;
-    ScratchLog& operator=(const ScratchLog&) = delete;
 
     // What was logged; "" when nothing was.
     std::string text() const

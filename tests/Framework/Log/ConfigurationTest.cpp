@@ -3,6 +3,8 @@
 // match whole, with case.
 #include "Framework/Log/Configuration.h"
 
+#include "support/TextHelpers.h"
+
 #include <gtest/gtest.h>
 
 using namespace Framework;
@@ -11,21 +13,13 @@ using namespace Framework::Log;
 TEST(ConfigurationTest, AContextTakesItsOwnOrItsNearestEnclosingLevel)
 {
     Configuration configuration;
-    configuration.setDefaultLevel(L"WARNING");
     configuration.setContextLevel(L"ERROR", L"A");
     configuration.setContextLevel(L"DEBUG", L"A::B");
-    struct Row
-    {
-        const wchar_t* context;
-        Level level;
-    } rows[] = {
-        {L"A", Level::Error},        {L"A::B", Level::Debug},    {L"A::B::C", Level::Debug},
-        {L"A::C", Level::Error},     {L"A::", Level::Error},     {L"AB", Level::Warning},
-        {L"A::BC", Level::Error},    {L"a", Level::Warning},     {L"a::b", Level::Warning},
-        {L"B::A", Level::Warning},   {L"", Level::Warning},
+    const std::pair<const wchar_t*, Level> rows[] = {
+        {L"A", Level::Error},     {L"A::B", Level::Debug},  {L"A::B::C", Level::Debug}, {L"A::C", Level::Error},
+        {L"A::", Level::Error},   {L"AB", Level::Warning},  {L"A::BC", Level::Error},   {L"a", Level::Warning},
+        {L"a::b", Level::Warning}, {L"B::A", Level::Warning}, {L"", Level::Warning},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(int(row.level), int(configuration.levelFor(row.context)))
-            << "context \"" << std::string(row.context, row.context + std::wcslen(row.context)) << "\"";
-    }
+    for (const auto& [context, level] : rows)
+        EXPECT_EQ(int(level), int(configuration.levelFor(context))) << narrowForTest(context);
 }
