@@ -11,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <typeinfo>
 
 using namespace Framework;
@@ -170,37 +169,4 @@ TEST(PathTest, TheLongFormLetsThePlatformReachBeyondMaxPath)
     EXPECT_EQ(std::string("deep\0bytes", 10), scratch.readFile(relative));
     file.remove(false);
     EXPECT_FALSE(scratch.exists(relative));
-}
-
-// Texts put together from pieces: a bad one may be refused with an ErrorException,
-// and every other keeps the invariants of the parts and parses the same again.
-TEST(PathTest, GeneratedTextsNeverBreakTheParserAndParseTheSameTwice)
-{
-    std::mt19937 random(6301);
-    const wchar_t* const pieces[] = {L"C:",      L"z:",  L"\\", L"/",  L"\\\\", L"\\\\?\\", L"\\\\?\\UNC\\",
-                                     L"\\\\?\\unc\\", L"\\\\.\\", L".",  L"..", L"a",   L"b.c", L"srv",
-                                     L"share",   L" ",   L"\"", L":",  L"?",    L"x.y.z",  L"COM1", L"\u00e9"};
-    int parsed = 0;
-    for (int i = 0; i < 4000; ++i) {
-        String text;
-        for (unsigned count = random() % 9; count > 0; --count)
-            text += String(pieces[random() % (sizeof pieces / sizeof pieces[0])]);
-        const unsigned how = random() % 8;  // 0: the disk decides, 1 to 7: the caller says
-        const auto parse = [how](const String& from, bool folder) { return how ? Path(from, folder) : Path(from); };
-        Path path;
-        const std::string thrown = thrownClass([&] { path = parse(text, how % 2 == 1); });
-        if (thrown != "nothing") {
-            EXPECT_TRUE(thrown == errorClass || thrown == invalidClass) << narrowForTest(text) << ": " << thrown;
-            continue;
-        }
-        ++parsed;
-        SCOPED_TRACE("\"" + narrowForTest(text) + "\" " + std::to_string(how) + " -> " + describe(path));
-        EXPECT_TRUE(path.folder().empty() || path.folder().endsWith(L'\\'));
-        EXPECT_TRUE(path.extension().empty() || path.extension().startsWith(L'.'));
-        EXPECT_TRUE(path.kind() != PathKind::Folder || path.nameAndExtension().empty());
-        EXPECT_EQ(path.root() + path.folder() + path.nameAndExtension(), path.fullText());
-        const bool isFolder = path.kind() == PathKind::Folder;
-        EXPECT_EQ("nothing", thrownClass([&] { EXPECT_TRUE(parse(path.fullText(), isFolder) == path); }));
-    }
-    EXPECT_GT(parsed, 1000) << "too few texts parsed to say much";
 }
