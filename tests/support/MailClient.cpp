@@ -82,11 +82,6 @@ void MailClient::setDllPath(DWORD type, const void* data, DWORD size)
     EXPECT_EQ(ERROR_SUCCESS, RegSetKeyValueW(HKEY_LOCAL_MACHINE, clientKey.c_str(), L"DllPath", type, data, size));
 }
 
-void MailClient::deleteDllPath()
-{
-    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, clientKey.c_str(), L"DllPath");
-}
-
 std::vector<MailCall> MailClient::calls() const
 {
     std::vector<MailCall> result;

@@ -41,9 +41,8 @@ public:
 
     // See the client for the answers; "success" is the default.
     void answer(const std::string& answer);
-    // Replaces the registered "DllPath" by raw data of any type; deleteDllPath removes it.
+    // Replaces the registered "DllPath" by raw data of any type.
     void setDllPath(DWORD type, const void* data, DWORD size);
-    void deleteDllPath();
 
     // Every call since the object was made (or since clear), in order.
     std::vector<MailCall> calls() const;

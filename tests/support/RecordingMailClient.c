@@ -5,15 +5,13 @@
 // Each call reads its orders from HKCU "Software\WixKorvalin Tests\Mail client":
 //   "Record"  the file to which every call is appended (no file: nothing is recorded)
 //   "Answer"  "success" (the default), "refuse" (MAPI_E_USER_ABORT), "logon refused"
-//             (MAPILogon fails, sending succeeds), "attachment open" or "attachment
-//             write" (12 or 13 while the mail carries a file, success without one),
-//             "attachment missing" (11 while it carries one), or "crash" (a null
-//             write inside MAPISendMail).
+//             (MAPILogon fails, sending succeeds), or "crash" (a null write inside
+//             MAPISendMail).
 //
 // The record is fields of key and value, each text ended by a NUL byte, and each call
 // opened by "call" with its name and the "module" that took it. MAPISendMail adds
-// "session", "flags", "subject", "note", "date", "messageFlags", "originator.name"
-// and ".address", the same for "recipient0" and on, "files" and "file0.path" and on;
+// "session", "flags", "subject", "note", "date", "messageFlags", "originator.address",
+// "recipient0.name" and ".address" and on for each recipient, and "files";
 // MAPILogoff adds "session". A null pointer is written "<null>".
 #include <windows.h>
 #include <mapi.h>
@@ -92,27 +90,18 @@ ULONG WINAPI MAPISendMail(LHANDLE session, ULONG_PTR uiParam, lpMapiMessage mess
         field(record, message->lpszNoteText, "note");
         field(record, message->lpszDateReceived, "date");
         number(record, "messageFlags", message->flFlags);
-        field(record, message->lpOriginator ? message->lpOriginator->lpszName : NULL, "originator.name");
         field(record, message->lpOriginator ? message->lpOriginator->lpszAddress : NULL, "originator.address");
         for (ULONG i = 0; i < message->nRecipCount; ++i) {
             field(record, message->lpRecips[i].lpszName, "recipient%lu.name", i);
             field(record, message->lpRecips[i].lpszAddress, "recipient%lu.address", i);
         }
         number(record, "files", message->nFileCount);
-        for (ULONG i = 0; i < message->nFileCount; ++i)
-            field(record, message->lpFiles[i].lpszPathName, "file%lu.path", i);
         fclose(record);
     }
     if (answerIs("crash"))
         *(volatile int*)NULL = 1;
     if (answerIs("refuse"))
         return MAPI_E_USER_ABORT;
-    if (message->nFileCount != 0 && answerIs("attachment open"))
-        return MAPI_E_ATTACHMENT_OPEN_FAILURE;
-    if (message->nFileCount != 0 && answerIs("attachment write"))
-        return MAPI_E_ATTACHMENT_WRITE_FAILURE;
-    if (message->nFileCount != 0 && answerIs("attachment missing"))
-        return MAPI_E_ATTACHMENT_NOT_FOUND;
     return SUCCESS_SUCCESS;
 }
 

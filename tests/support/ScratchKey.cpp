@@ -35,17 +35,6 @@ void ScratchKey::setText(const std::wstring& name, const std::wstring& text, DWO
     setRaw(name, type, text.c_str(), DWORD((text.size() + 1) * sizeof(wchar_t)));
 }
 
-void ScratchKey::setList(const std::wstring& name, const std::vector<std::wstring>& items)
-{
-    std::wstring data;
-    for (const std::wstring& item : items) {
-        data += item;
-        data += L'\0';
-    }
-    data += L'\0';
-    setRaw(name, REG_MULTI_SZ, data.data(), DWORD(data.size() * sizeof(wchar_t)));
-}
-
 void ScratchKey::addSubKey(const std::wstring& subKey)
 {
     HKEY created = nullptr;

@@ -23,8 +23,6 @@ public:
     void setDword(const std::wstring& name, DWORD value);
     // REG_SZ or REG_EXPAND_SZ, with its terminator.
     void setText(const std::wstring& name, const std::wstring& text, DWORD type = REG_SZ);
-    // REG_MULTI_SZ: each item and a zero, then one more zero.
-    void setList(const std::wstring& name, const std::vector<std::wstring>& items);
     // Creates a sub-key (and the keys on the way).
     void addSubKey(const std::wstring& subKey);
 
