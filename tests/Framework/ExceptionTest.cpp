@@ -22,12 +22,6 @@ std::string describedOnce(Exception* made)
     return narrowForTest(owned->description(false));
 }
 
-struct BuildsAnExceptionWhenDestroyed
-{
-    Exception** made;
-    ~BuildsAnExceptionWhenDestroyed() { *made = new ErrorException(SITE); }
-};
-
 }  // namespace
 
 TEST(ExceptionTest, TheSiteIsTheTagAndTheLineInHex)
@@ -80,22 +74,4 @@ TEST(ExceptionTest, DescriptionsPutTheirFieldsFirst)
 
     EXPECT_TRUE(Framework::OsException(SITE, OsError::fromLastError(5), 0, L"", L"").isAccessDenied());
     EXPECT_FALSE(Framework::OsException(SITE, OsError::fromLastError(13), 0, L"", L"").isAccessDenied());
-}
-
-// An exception built while another one unwinds the stack: the default handler prints
-// the one in flight and ends the process.
-TEST(ExceptionDeathTest, TheDefaultUnrecoverableHandlerPrintsAndExitsWithOne)
-{
-    EXPECT_EXIT(
-        {
-            Exception* made = nullptr;
-            try {
-                BuildsAnExceptionWhenDestroyed guard{&made};
-                throw new RangeException(SITE, 0, 3, 5);
-            } catch (...) {
-            }
-        },
-        ::testing::ExitedWithCode(1),
-        "Unrecoverable uncaught error\nRangeFrom: 0\nRangeTo: 3\nIndex: 5\n\\w+\nStack dump:\r\nModule: "
-        "framework_tests\\.exe\r\nBase: \\w+\r\n\\w+\r\n");
 }

@@ -31,10 +31,6 @@ TEST(fw_exceptionTest, MessagesAndDetailsOfTheFamily)
     EXPECT_EQ("root", messageOf(new fw_exception(fw_string("root"), none)));
     EXPECT_EQ("m : d", messageOf(new fw_exception_assert(none, fw_string("m"), fw_string("d"), none)));
     EXPECT_EQ("d", messageOf(new fw_exception_assert(none, none, fw_string("d"), none)));
-    EXPECT_EQ("Pure Virtual Function Call", messageOf(new fw_exception_purecall()));
-    EXPECT_EQ("Insufficient memory to perform the operation.\r\n\r\nYou can free additional memory by closing\r\n"
-              "other applications.",
-              messageOf(new fw_exception_memory()));
 
     // The extra text of an assertion goes behind its stack dump, after a blank line.
     const fw_exception_assert assertion(none, fw_string("a"), none, fw_string("more"));

@@ -10,6 +10,9 @@
 #include <string>
 #include <utility>
 
+// ASCII text (paths, names) as bytes.
+inline std::string narrow(const std::wstring& text) { return std::string(text.begin(), text.end()); }
+
 namespace Framework {
 
 inline std::string narrowForTest(const String& text)

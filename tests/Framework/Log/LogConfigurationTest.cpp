@@ -36,8 +36,6 @@ using namespace Framework::Log;
 
 namespace {
 
-std::string narrow(const std::wstring& text) { return std::string(text.begin(), text.end()); }
-
 // The text without the date and time that start a log line.
 std::string withoutTimes(const std::string& text)
 {
@@ -318,7 +316,7 @@ TEST_F(FatalHandlersTest, AFailedAssertionInAWindowedProgramEndsWithoutABox)
     MessageBoxWatcher watcher(L"Wine C++ Runtime Library");
     EXPECT_EQ(3u, runProgram(probe("runtime-assert", "KORVALIN_FATAL_PROBE_WINDOWED")));
     const SeenBox box = watcher.stop();
-    EXPECT_FALSE(box.seen) << std::string(box.text.begin(), box.text.end());
+    EXPECT_FALSE(box.seen) << narrow(box.text);
 }
 
 // Every module that links the layer redirects msvcrt's invalid-parameter check to its
