@@ -69,6 +69,7 @@ TEST(FormatterTest, ItemFormattersPrintTheirFields)
         {L"Level", L"[%S]", recordWith(L"x", Level::Warning), L"[WARNING]"},
         {L"Level", L"[%S]", recordWith(L"x", Level(25)), L"25"},
         {L"Message", nullptr, recordWith(L"a\nb"), L"\r\na\nb"},
+        {L"Message", nullptr, recordWith(L"\na"), L"\na"},
         {L"DateTime", L"%d.%m.%Y", recordWith(L"x"), L"20.02.2013"},
         {L"ElapsedTime", nullptr, bigElapsed, L"5"},
         {L"ElapsedTime", L"%Lu ms", bigElapsed, L"4294967301 ms"},
