@@ -316,22 +316,18 @@ int main(int argc, char** argv)
     };
     for (const Row& row : rows) {
         const ActionLibrary::Action action = dll.action(row.name);
-        compare(row.what, "raw twin, same calls", calls,
-                [&](int n) {
-                    for (int i = 0; i < n; ++i)
-                        sink = action(handle);
-                },
+        const auto callAction = [&](int n) {
+            for (int i = 0; i < n; ++i)
+                sink = action(handle);
+        };
+        compare(row.what, "raw twin, same calls", calls, callAction,
                 [&](int n) {
                     for (int i = 0; i < n; ++i)
                         row.raw(handle);
                 });
         if (!row.own)
             continue;
-        compare(row.ownWhat, "the library's registry calls by hand", calls,
-                [&](int n) {
-                    for (int i = 0; i < n; ++i)
-                        sink = action(handle);
-                },
+        compare(row.ownWhat, "the library's registry calls by hand", calls, callAction,
                 [&](int n) {
                     for (int i = 0; i < n; ++i)
                         row.own(handle);
